@@ -1,0 +1,5 @@
+#include "oxDataObjectTypes.h"
+
+void registerDataObjectTypes() {}
+
+void registerDataObjectsToPython() {}

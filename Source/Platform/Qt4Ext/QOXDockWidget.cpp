@@ -1,0 +1,71 @@
+#include "QOXDockWidget.h"
+
+#include <QMainWindow>
+#include <QShowEvent>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int margin = 12;
+
+QRect centralArea(const QWidget *parent)
+{
+    const auto *window = qobject_cast<const QMainWindow *>(parent);
+    const QWidget *area = window && window->centralWidget() ? window->centralWidget() : parent;
+    return QRect(area->mapToGlobal(QPoint(0, 0)), area->size()).adjusted(margin, margin, -margin, -margin);
+}
+
+} // namespace
+
+QOXDockWidget::QOXDockWidget(const QString &title, const QString &menuName, const QIcon &icon, QWidget *parent,
+                             Qt::WindowFlags flags)
+    : QDockWidget(title, parent, flags)
+    , m_menuName(menuName)
+{
+    setWindowIcon(icon);
+}
+
+QOXDockWidget::~QOXDockWidget() = default;
+
+void QOXDockWidget::setToolWindow(bool on)
+{
+    setFloating(on);
+    m_placeOnShow = on;
+}
+
+QString QOXDockWidget::menuName() const
+{
+    return m_menuName;
+}
+
+void QOXDockWidget::showEvent(QShowEvent *event)
+{
+    if (m_placeOnShow && !event->spontaneous()) {
+        m_placeOnShow = false;
+        takePlaceAtParent();
+    }
+    QDockWidget::showEvent(event);
+}
+
+// Below the panels that are open already; back to the corner where the edge is full.
+void QOXDockWidget::takePlaceAtParent()
+{
+    resize(sizeHint());
+    if (!parentWidget())
+        return;
+
+    const QRect area = centralArea(parentWidget());
+    const QPoint corner(area.right() - width() + 1, area.top());
+    QRect place(corner, size());
+    const auto docks = parentWidget()->findChildren<QOXDockWidget *>(QString(), Qt::FindDirectChildrenOnly);
+    const auto isInTheWay = [this, &place](const QOXDockWidget *dock) {
+        return dock != this && dock->isVisible() && dock->isFloating() && dock->frameGeometry().intersects(place);
+    };
+    auto blocking = std::find_if(docks.begin(), docks.end(), isInTheWay);
+    while (blocking != docks.end() && place.bottom() <= area.bottom()) {
+        place.moveTop((*blocking)->frameGeometry().bottom() + margin);
+        blocking = std::find_if(docks.begin(), docks.end(), isInTheWay);
+    }
+    move(place.bottom() <= area.bottom() ? place.topLeft() : corner);
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QDockWidget>
+#include <QIcon>
+
+#include "oxqt4ext_export.h"
+
+/// A dock widget that knows its icon and the menu that lists it.
+///
+/// GUI thread only. Owned by its parent, as every widget.
+class OXQT4EXT_EXPORT QOXDockWidget : public QDockWidget
+{
+    Q_OBJECT
+
+public:
+    /// @param title    the window title, by which the dock is found again
+    /// @param menuName the title of the menu that holds the dock's entry; kept, not interpreted
+    /// @param icon     the window icon; may be empty
+    QOXDockWidget(const QString &title, const QString &menuName, const QIcon &icon,
+                  QWidget *parent = nullptr, Qt::WindowFlags flags = {});
+    ~QOXDockWidget() override;
+
+    /// With true, the dock becomes a tool window of its parent. The first time it is shown it
+    /// takes the size that its content asks for, whatever size it had, and a free place along
+    /// the right edge of the parent's central area. With false, it goes back into its parent.
+    virtual void setToolWindow(bool on);
+
+    QString menuName() const;
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void takePlaceAtParent();
+
+    QString m_menuName;
+    bool m_placeOnShow = false;
+};
