@@ -1,0 +1,32 @@
+#pragma once
+
+#include "oxFileIOService.h"
+#include "oxkernelservicesremoteimpl_export.h"
+
+class QProgressBar;
+class QProgressDialog;
+
+/// The file service with a progress dialog over the main window while a file loads.
+class OXKERNELSERVICESREMOTEIMPL_EXPORT oxFileIOServiceRemoteImpl : public oxFileIOService
+{
+    Q_OBJECT
+
+public:
+    oxFileIOServiceRemoteImpl();
+    ~oxFileIOServiceRemoteImpl() override;
+
+    /// Loads @p file as oxFileIOService does, behind a frameless dialog that follows the signal
+    /// progress(int) of the filed file service. Returns what oxFileIOService returned, when the
+    /// dialog is gone.
+    ///
+    /// A main-window service and a file service have to be filed. GUI thread only; not to be
+    /// called while a load runs. Events are processed at each progress value.
+    bool loadFile(const QString &file) override;
+
+private Q_SLOTS:
+    void changedProgress(int p);
+
+private:
+    QProgressDialog *progressDialog = nullptr;
+    QProgressBar *progressBar = nullptr;
+};

@@ -1,0 +1,388 @@
+// Before any header of Qt, as Python's own headers ask for.
+#include <PythonQt.h>
+#include <PythonQt_QtAll.h>
+
+#include "oxKernelInterfaceRemote.h"
+#include "oxKernelInterfaceRemote_p.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QIcon>
+#include <QVBoxLayout>
+#include <QWidget>
+
+#include "oxActionService.h"
+#include "oxAmbientOcclusionService.h"
+#include "oxCameraService.h"
+#include "oxClippingService.h"
+#include "oxClusterService.h"
+#include "oxConnectorService.h"
+#include "oxControllerService.h"
+#include "oxDataObjectTypes.h"
+#include "oxFileIOServiceRemoteImpl.h"
+#include "oxGeometryService.h"
+#include "oxKernelService.h"
+#include "oxKernelServiceFactory.h"
+#include "oxMainWindowServiceRemoteImpl.h"
+#include "oxMaterialService.h"
+#include "oxMessageService.h"
+#include "oxNodeService.h"
+#include "oxObjectService.h"
+#include "oxOverlayService.h"
+#include "oxPlatform.h"
+#include "oxPlatformService.h"
+#include "oxPluginSource.h"
+#include "oxPreferencesServiceRemoteImpl.h"
+#include "oxQRPCClient.h"
+#include "oxRenderServiceRemoteImpl.h"
+#include "oxSequencerService.h"
+#include "oxSurfaceAnalysisService.h"
+#include "oxTouchSensorService.h"
+#include "oxTransformService.h"
+#include "oxTreeService.h"
+#include "oxUndoService.h"
+#include "oxVariantSetsService.h"
+#include "oxVrpnTrackingService.h"
+
+#include <cstdio>
+
+namespace {
+
+template<class Interface, class Implementation = Interface, class... Arguments>
+void createService(Arguments... arguments)
+{
+    oxKernelServiceFactory::the()->fileService<Interface>(new Implementation(arguments...));
+}
+
+void createServices()
+{
+    createService<oxBaseService>(); // Deliberate: a bare service under the base type's own key
+    createService<oxKernelService>(); // Deliberate: not oxKernelServiceRemoteImpl
+    createService<oxFileIOService, oxFileIOServiceRemoteImpl>();
+    createService<oxMainWindowService, oxMainWindowServiceRemoteImpl>();
+    createService<oxMessageService>();
+    createService<oxRenderService, oxRenderServiceRemoteImpl>();
+    createService<oxTreeService>();
+    createService<oxControllerService>();
+    createService<oxTouchSensorService>();
+    createService<oxSequencerService>();
+    createService<oxAmbientOcclusionService>();
+    createService<oxOverlayService>();
+    createService<oxTransformService>();
+    createService<oxPlatformService>();
+    createService<oxPreferencesService, oxPreferencesServiceRemoteImpl>(nullptr);
+    createService<oxClippingService>();
+    createService<oxVariantSetsService>();
+    createService<oxSurfaceAnalysisService>();
+    createService<oxVrpnTrackingService>();
+    createService<oxMaterialService>();
+    createService<oxGeometryService>();
+    createService<oxCameraService>();
+    createService<oxNodeService>();
+    createService<oxConnectorService>();
+    createService<oxObjectService>();
+    createService<oxClusterService>();
+    createService<oxActionService>();
+    createService<oxUndoService>();
+}
+
+QByteArray nameInPython(const oxBaseService *service)
+{
+    QByteArray name = service->metaObject()->className();
+    for (const char *suffix : {"RemoteImpl", "Impl"}) {
+        if (name.endsWith(suffix)) {
+            name.chop(static_cast<int>(qstrlen(suffix)));
+            break;
+        }
+    }
+    return name;
+}
+
+void addPythonBindings(PythonQtObjectPtr *module, bool verbose)
+{
+    if (!module)
+        return;
+    const QList<oxBaseService *> services = oxKernelServiceFactory::the()->getServices();
+    for (oxBaseService *service : services) {
+        const QByteArray name = nameInPython(service);
+        if (name != "oxMessageService")
+            continue;
+        if (verbose)
+            printf("python binding: %s\n", name.constData());
+        module->addObject(QString::fromUtf8(name), service);
+    }
+}
+
+void evalStatements(PythonQtObjectPtr *module, const QString &text)
+{
+    module->evalScript(text, Py_file_input);
+}
+
+QString searchPathScript()
+{
+    const QByteArray base = QString::fromUtf8(oxPlatform::getBaseDir()).toUtf8();
+    // Deliberate: the folder is not escaped; one with a double quote breaks the script.
+    return QString::asprintf("sys.path.insert(0, \"%s/lib/python\")\n"
+                             "sys.path.insert(0, \"%s/lib/python/lib-dynload\")\n"
+                             "sys.path.insert(0, \"%s/examples/presentations\")\n"
+                             "sys.path.insert(0, \"%s/lib/python/site-packages\")",
+                             base.constData(), base.constData(), base.constData(), base.constData());
+}
+
+// Prints each complete line and keeps the rest. Only the new text is searched for line feeds, and
+// the buffer is cut once: the time is linear in the text, in one piece or in a million.
+void echoLines(QString *buffer, const QString &text, FILE *stream, const char *format)
+{
+    const int searchFrom = buffer->size();
+    buffer->append(text);
+
+    int lineStart = 0;
+    int lineFeed = buffer->indexOf(QLatin1Char('\n'), searchFrom);
+    while (lineFeed >= 0) {
+        fprintf(stream, format, buffer->midRef(lineStart, lineFeed - lineStart).toUtf8().constData());
+        lineStart = lineFeed + 1;
+        lineFeed = buffer->indexOf(QLatin1Char('\n'), lineStart);
+    }
+    if (lineStart > 0)
+        buffer->remove(0, lineStart);
+}
+
+QString pluginKey(const QString &path)
+{
+    return QFileInfo(path).baseName();
+}
+
+QString moduleName(const QString &key)
+{
+    return key.startsWith(QLatin1String("ox")) ? key.mid(2) : key;
+}
+
+constexpr QLatin1String pluginMenu("Scripts");
+constexpr QLatin1String widgetVariable("TARNPluginWidget");
+constexpr QLatin1String widgetIdVariable("TARNPluginWidgetId");
+
+QWidget *createContainer()
+{
+    auto *container = new QWidget;
+    container->setContentsMargins(0, 0, 0, 0);
+    auto *layout = new QVBoxLayout;
+    layout->setContentsMargins(0, 0, 0, 0);
+    container->setLayout(layout);
+    return container;
+}
+
+// The plugin's module is about to get a new content, and its globals a new module.
+void discardContent(oxKernelInterfaceP::oxPluginInfo *plugin)
+{
+    delete plugin->widget;
+    plugin->widget = nullptr;
+    evalStatements(plugin->module, QStringLiteral("for name in dir():\n"
+                                                  "    del globals()[name]\n"));
+    delete plugin->module;
+    plugin->module = nullptr;
+}
+
+void showInMainWindow(const QString &name, QWidget *container, bool isReload)
+{
+    auto *factory = oxKernelServiceFactory::the();
+    auto *mainWindow = factory->getService<oxMainWindowService>();
+    if (isReload) {
+        mainWindow->changeModule(name, pluginMenu, container);
+        factory->getService<oxRenderService>()->updateOverlay(name);
+    } else {
+        mainWindow->addModule(name, pluginMenu, container, QString(), QIcon(), QString(), Qt::NoDockWidgetArea);
+    }
+}
+
+const char *yesOrNo(bool value)
+{
+    return value ? "yes" : "no";
+}
+
+// The part of loading that needs the file: opens it, decides on the binding and runs the text.
+bool runPluginFile(const QString &path, PythonQtObjectPtr *module)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        fprintf(stderr, "Couldn't load '%s' plugin!\n", path.toUtf8().constData());
+        return false;
+    }
+    QString text = readPluginText(&file);
+    file.seek(0);
+    const oxPluginBindings bindings = detectBindings(&file);
+    printf("PythonQt: %s PySide2: %s\n", yesOrNo(bindings.usesPythonQt), yesOrNo(bindings.usesPySide2));
+    file.close();
+
+    if (bindings.usesPythonQt && bindings.usesPySide2) {
+        fprintf(stderr, "Couldn't load plugin '%s', it seems to use PythonQt annd PySide2!\n",
+                path.toUtf8().constData());
+        return false;
+    }
+    if (bindings.usesPySide2)
+        text = rewriteForPySide2(text);
+    evalStatements(module, text);
+    printf("Loaded '%s' python plugin.\n", pluginKey(path).toUtf8().constData());
+    return true;
+}
+
+} // namespace
+
+oxKernelInterface *oxKernelInterface::the()
+{
+    static oxKernelInterface ksi;
+    return &ksi;
+}
+
+oxKernelInterface::oxKernelInterface()
+    : d(new oxKernelInterfaceP)
+{
+}
+
+oxKernelInterface::~oxKernelInterface()
+{
+    delete d;
+}
+
+void oxKernelInterface::init(oxQRPCClient *client, bool flag)
+{
+    d->client = client;
+    d->initFlag = flag;
+    createServices();
+    registerDataObjectTypes();
+    registerServices();
+    initPythonInterpreter();
+}
+
+void oxKernelInterface::registerServices()
+{
+    const QList<oxBaseService *> services = oxKernelServiceFactory::the()->getServices();
+    for (oxBaseService *service : services) {
+        service->setClient(d->client);
+        d->client->registerService(service);
+    }
+}
+
+void oxKernelInterface::initPythonInterpreter()
+{
+    if (d->pythonEngine) {
+        const PyGILState_STATE state = PyGILState_Ensure();
+        addPythonBindings(d->pythonEngine, true);
+        PyGILState_Release(state);
+        return;
+    }
+
+    Py_DontWriteBytecodeFlag = 1;
+    PyEval_InitThreads();
+    PythonQt::init(PythonQt::RedirectStdOut | PythonQt::IgnoreSiteModule, QByteArray());
+    PythonQt_QtAll::init();
+
+    // Start-up gives up the interpreter lock: whatever enters Python later has to take it.
+    PythonQt::setEnableThreadSupport(true);
+    // A script's sys.exit() ends the script, not the process.
+    PythonQt::self()->setSystemExitExceptionHandlerEnabled(true);
+
+    connect(PythonQt::self(), &PythonQt::pythonStdOut, this, &oxKernelInterface::pythonStdOut);
+    connect(PythonQt::self(), &PythonQt::pythonStdErr, this, &oxKernelInterface::pythonStdErr);
+    d->pythonEngine = new PythonQtObjectPtr(PythonQt::self()->getMainModule());
+
+    PythonQtObjectPtr *engine = the()->getPythonEngine();
+    evalStatements(engine, QStringLiteral("import sys"));
+    evalStatements(engine, QStringLiteral("sys.dont_write_bytecode = True"));
+    evalStatements(engine, searchPathScript());
+
+    addPythonBindings(d->pythonEngine, true);
+    registerDataObjectsToPython();
+    PyEval_SaveThread();
+}
+
+PythonQtObjectPtr *oxKernelInterface::getPythonEngine() const
+{
+    return d->pythonEngine;
+}
+
+void oxKernelInterface::loadScriptPlugins()
+{
+    const PyGILState_STATE state = PyGILState_Ensure();
+    PythonQt::self()->removeSignalHandlers();
+
+    for (oxKernelInterfaceP::oxPluginInfo &plugin : d->plugins)
+        plugin.found = 0;
+
+    const QString folder = QString::fromUtf8(oxPlatform::getPluginsDir()) + QLatin1String("/Scripts");
+    // Absolute, as each plugin is opened with its own folder as the current one.
+    QDirIterator files(QDir::current().absoluteFilePath(folder), {QStringLiteral("*.js"), QStringLiteral("*.py")},
+                       QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        files.next();
+        if (files.fileInfo().suffix() == QLatin1String("py"))
+            loadPythonPlugin(files.filePath());
+    }
+
+    const QStringList keys = d->plugins.keys();
+    for (const QString &key : keys) {
+        if (d->plugins.value(key).found)
+            continue;
+        oxKernelServiceFactory::the()->getService<oxMainWindowService>()->subModule(moduleName(key));
+        d->plugins.remove(key); // Deliberate: its Python module stays as it is, handle and globals
+    }
+    PyGILState_Release(state);
+}
+
+bool oxKernelInterface::loadPythonPlugin(const QString &path)
+{
+    const QString key = pluginKey(path);
+    auto *module = new PythonQtObjectPtr(PythonQt::self()->createUniqueModule());
+    QWidget *container = createContainer();
+
+    const auto loaded = d->plugins.find(key);
+    const bool isReload = loaded != d->plugins.end();
+    if (isReload)
+        discardContent(&*loaded);
+
+    module->addObject(widgetVariable, container);
+    module->addVariable(widgetIdVariable, QVariant(reinterpret_cast<qulonglong>(container)));
+    addPythonBindings(module, false);
+
+    showInMainWindow(moduleName(key), container, isReload);
+    d->plugins.insert(key, {1, container, module});
+    connect(container, &QObject::destroyed, this, [this, key, container] { forgetContainer(key, container); });
+
+    // A text that ends in another scan may reload this very plugin, and free the handle.
+    PythonQtObjectPtr heldModule(*module);
+    const QString previousFolder = QDir::currentPath();
+    QDir::setCurrent(QFileInfo(path).absolutePath());
+    const bool result = runPluginFile(path, &heldModule);
+    heldModule.removeVariable(widgetVariable);
+    heldModule.removeVariable(widgetIdVariable);
+    QDir::setCurrent(previousFolder);
+    return result;
+}
+
+void oxKernelInterface::callAllInit()
+{
+    const QList<oxBaseService *> services = oxKernelServiceFactory::the()->getServices();
+    for (oxBaseService *service : services)
+        QMetaObject::invokeMethod(service, "init", Qt::DirectConnection);
+}
+
+void oxKernelInterface::loopAll() {}
+
+void oxKernelInterface::pythonStdOut(QString text)
+{
+    echoLines(&d->stdOutBuffer, text, stdout, "python info: '%s'\n");
+}
+
+void oxKernelInterface::pythonStdErr(QString text)
+{
+    echoLines(&d->stdErrBuffer, text, stderr, "python error: '%s'\n");
+}
+
+// A plugin may delete its own container, and the user the window that holds it.
+void oxKernelInterface::forgetContainer(const QString &key, const QWidget *container)
+{
+    const auto plugin = d->plugins.find(key);
+    if (plugin != d->plugins.end() && plugin->widget == container)
+        plugin->widget = nullptr;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+class QIODevice;
+
+/// Which of the two Qt bindings a plugin's lines import.
+struct oxPluginBindings
+{
+    bool usesPythonQt = false;
+    bool usesPySide2 = false;
+};
+
+/// The whole of @p device as UTF-8 text, up to the first zero byte.
+QString readPluginText(QIODevice *device);
+
+/// Looks through all lines that are left in @p device, zero bytes or not. A line counts for a
+/// binding when it holds the binding's name and "import", in any order, unless its very first
+/// character is a "#".
+oxPluginBindings detectBindings(QIODevice *device);
+
+/// The text with the helpers' PySide2 variants in place of the ones for PythonQt.
+QString rewriteForPySide2(QString text);

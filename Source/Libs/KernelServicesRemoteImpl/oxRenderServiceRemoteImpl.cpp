@@ -1,0 +1,233 @@
+#include "oxRenderServiceRemoteImpl.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QGestureEvent>
+#include <QMainWindow>
+#include <QPropertyAnimation>
+#include <QTabWidget>
+#include <QTimer>
+
+#include <algorithm>
+
+#include "FirstDescendant.h"
+#include "QOXBorderSwipeGestureRecognizer.h"
+#include "QOXDockWidget.h"
+#include "oxKernelServiceFactory.h"
+#include "oxMainWindowService.h"
+
+namespace {
+
+constexpr int indicatedWidth = 20;
+
+QMainWindow *mainWindow()
+{
+    return oxKernelServiceFactory::the()->getService<oxMainWindowService>()->getWidget();
+}
+
+QWidget *findRenderView()
+{
+    const QMainWindow *window = mainWindow();
+    if (!window)
+        return nullptr;
+    const auto isRenderView = [](const QWidget *widget) {
+        return widget->objectName() == QLatin1String("RenderWindow");
+    };
+    if (QWidget *view = firstDescendant<QWidget>(window, isRenderView))
+        return view;
+    const QWidgetList topLevels = QApplication::topLevelWidgets();
+    const auto view = std::find_if(topLevels.begin(), topLevels.end(), isRenderView);
+    return view == topLevels.end() ? nullptr : *view;
+}
+
+bool isFinishedSwipeToTheLeft(QEvent *event)
+{
+    const QGesture *gesture = static_cast<QGestureEvent *>(event)->gesture(Qt::SwipeGesture);
+    if (!gesture || gesture->state() != Qt::GestureFinished)
+        return false;
+    return static_cast<const QSwipeGesture *>(gesture)->horizontalDirection() == QSwipeGesture::Left;
+}
+
+} // namespace
+
+oxRenderServiceRemoteImpl::oxRenderServiceRemoteImpl()
+{
+    hoverTimer = new QTimer;
+    panel = new QTabWidget;
+    panel->installEventFilter(this);
+    panel->setStyleSheet(QStringLiteral("background-color: rgba(75, 75, 75, 60%)"));
+    panel->setMinimumSize(100, 100);
+    swipeRecognizer = new QOXBorderSwipeGestureRecognizer;
+    swipeRecognizer->setRightBorderWidget(panel);
+    QGestureRecognizer::registerRecognizer(swipeRecognizer);
+    panel->grabGesture(Qt::SwipeGesture);
+    connect(hoverTimer, SIGNAL(timeout(void)), this, SLOT(twTimerFinished(void)));
+}
+
+oxRenderServiceRemoteImpl::~oxRenderServiceRemoteImpl()
+{
+    delete panel;
+    delete hoverTimer;
+}
+
+void oxRenderServiceRemoteImpl::indicateOverlay(bool on)
+{
+    if (!panel)
+        return;
+    if (!on) {
+        if (overlayState != Indicated)
+            return;
+        animateOverlay(indicatedWidth - panel->width(), -panel->width(), 200);
+        overlayState = Hidden;
+        return;
+    }
+
+    if (overlayState > Hidden)
+        return;
+    QWidget *view = findRenderView();
+    if (!view)
+        return;
+    panel->setParent(view);
+    panel->resize(panel->sizeHint().width(), view->height());
+    panel->move(-panel->width(), 0);
+    panel->show();
+    panel->raise();
+    animateOverlay(-panel->width(), indicatedWidth - panel->width(), 200);
+    overlayState = Indicated;
+}
+
+void oxRenderServiceRemoteImpl::showOverlay()
+{
+    if (overlayState == Shown)
+        return;
+    QWidget *view = findRenderView();
+    if (!view)
+        return;
+    panel->setParent(view);
+    panel->resize(std::max(panel->sizeHint().width(), view->width() / 5), view->height());
+    panel->move(-panel->width(), 0);
+    panel->show(); // Deliberate: not raised, unlike when it is indicated
+    animateOverlay(-panel->width(), 0, 500);
+    overlayState = Shown;
+}
+
+void oxRenderServiceRemoteImpl::hideOverlay()
+{
+    if (overlayState == Hidden)
+        return;
+    animateOverlay(panel->x(), -panel->width(), 500);
+    overlayState = Hidden;
+}
+
+void oxRenderServiceRemoteImpl::addOverlay(const QString &name)
+{
+    QOXDockWidget *dock = getDockWidget(name);
+    QWidget *content = dock ? dock->widget() : nullptr;
+    if (!content)
+        return;
+    dock->setWidget(nullptr);
+    const int current = panel->currentIndex();
+    const int tab = findTab(name);
+    if (tab >= 0) {
+        panel->removeTab(tab);
+        panel->insertTab(tab, content, dock->windowTitle());
+    } else {
+        panel->addTab(content, dock->windowTitle());
+    }
+    panel->setCurrentIndex(current);
+}
+
+void oxRenderServiceRemoteImpl::subOverlay(const QString &name)
+{
+    QOXDockWidget *dock = getDockWidget(name);
+    if (!dock)
+        return;
+    // Deliberate: the tab drops out as its widget moves, and the loop goes on with the next
+    // index: the second of two adjacent tabs of the same text is skipped.
+    for (int i = 0; i < panel->count(); ++i) {
+        if (panel->tabText(i) == name && panel->widget(i))
+            dock->setWidget(panel->widget(i));
+    }
+}
+
+void oxRenderServiceRemoteImpl::updateOverlay(const QString &name)
+{
+    QOXDockWidget *dock = getDockWidget(name);
+    QWidget *content = dock ? dock->widget() : nullptr;
+    if (!content)
+        return;
+    const int current = panel->currentIndex();
+    const int tab = findTab(name);
+    if (tab < 0)
+        return;
+    panel->removeTab(tab);
+    dock->setWidget(nullptr);
+    panel->insertTab(tab, content, dock->windowTitle());
+    panel->setCurrentIndex(current);
+}
+
+bool oxRenderServiceRemoteImpl::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != panel)
+        return oxRenderService::eventFilter(watched, event);
+
+    switch (event->type()) {
+    case QEvent::MouseButtonDblClick:
+        animateOverlay(panel->x(), -panel->width(), 500);
+        overlayState = Hidden;
+        return true;
+    case QEvent::Enter:
+        if (overlayState != Indicated)
+            break;
+        hoverTimer->start(400);
+        return true;
+    case QEvent::Leave:
+        hoverTimer->stop();
+        return true;
+    case QEvent::Gesture:
+        if (!isFinishedSwipeToTheLeft(event))
+            break;
+        hideOverlay();
+        return true;
+    default:
+        break;
+    }
+    return oxRenderService::eventFilter(watched, event);
+}
+
+void oxRenderServiceRemoteImpl::twTimerFinished()
+{
+    animateOverlay(panel->x(), 0, 300);
+    overlayState = Shown;
+    hoverTimer->stop();
+}
+
+// Slides are never stopped: one that starts while another runs runs beside it.
+void oxRenderServiceRemoteImpl::animateOverlay(int startX, int endX, int durationMs)
+{
+    auto *slide = new QPropertyAnimation(panel, "pos");
+    slide->setDuration(durationMs);
+    slide->setStartValue(QPoint(startX, 0));
+    slide->setEndValue(QPoint(endX, 0));
+    slide->start(QAbstractAnimation::DeleteWhenStopped);
+    if (endX == -panel->width())
+        connect(slide, &QAbstractAnimation::finished, panel, &QWidget::hide);
+}
+
+QOXDockWidget *oxRenderServiceRemoteImpl::getDockWidget(const QString &name) const
+{
+    const QMainWindow *window = mainWindow();
+    if (!window)
+        return nullptr;
+    return firstDescendant<QOXDockWidget>(window,
+                                          [&name](const QOXDockWidget *dock) { return dock->windowTitle() == name; });
+}
+
+int oxRenderServiceRemoteImpl::findTab(const QString &name) const
+{
+    for (int i = 0; i < panel->count(); ++i) {
+        if (panel->tabText(i) == name)
+            return i;
+    }
+    return -1;
+}
