@@ -58,7 +58,7 @@ void createService(Arguments... arguments)
 
 void createServices()
 {
-    createService<oxBaseService>(); // Deliberate: a bare service under the base type's own key
+    createService<oxBaseService>();   // Deliberate: a bare service under the base type's own key
     createService<oxKernelService>(); // Deliberate: not oxKernelServiceRemoteImpl
     createService<oxFileIOService, oxFileIOServiceRemoteImpl>();
     createService<oxMainWindowService, oxMainWindowServiceRemoteImpl>();
@@ -120,6 +120,13 @@ void evalStatements(PythonQtObjectPtr *module, const QString &text)
     module->evalScript(text, Py_file_input);
 }
 
+// A text may have deleted the variable itself; no error must be left pending for whoever is next.
+void removeVariable(PythonQtObjectPtr *module, const QString &name)
+{
+    module->removeVariable(name);
+    PyErr_Clear();
+}
+
 QString searchPathScript()
 {
     const QByteArray base = QString::fromUtf8(oxPlatform::getBaseDir()).toUtf8();
@@ -178,8 +185,9 @@ void discardContent(oxKernelInterfaceP::oxPluginInfo *plugin)
 {
     delete plugin->widget;
     plugin->widget = nullptr;
-    evalStatements(plugin->module, QStringLiteral("for name in dir():\n"
-                                                  "    del globals()[name]\n"));
+    evalStatements(plugin->module,
+                   QStringLiteral("for name in dir():\n"
+                                  "    del globals()[name]\n"));
     delete plugin->module;
     plugin->module = nullptr;
 }
@@ -354,8 +362,8 @@ bool oxKernelInterface::loadPythonPlugin(const QString &path)
     const QString previousFolder = QDir::currentPath();
     QDir::setCurrent(QFileInfo(path).absolutePath());
     const bool result = runPluginFile(path, &heldModule);
-    heldModule.removeVariable(widgetVariable);
-    heldModule.removeVariable(widgetIdVariable);
+    removeVariable(&heldModule, widgetVariable);
+    removeVariable(&heldModule, widgetIdVariable);
     QDir::setCurrent(previousFolder);
     return result;
 }

@@ -20,7 +20,7 @@ public:
 
     oxQRPCClient *client = nullptr; ///< not owned
     bool initFlag = false;
-    QMap<QString, oxPluginInfo> plugins; ///< by plugin key
+    QMap<QString, oxPluginInfo> plugins;       ///< by plugin key
     PythonQtObjectPtr *pythonEngine = nullptr; ///< never freed: Python lives until the process ends
     QString stdOutBuffer = QLatin1String("");  ///< what does not yet end in a line feed
     QString stdErrBuffer = QLatin1String("");

@@ -160,9 +160,8 @@ QOXDockWidget *oxMainWindowServiceRemoteImpl::findDock(const QString &name) cons
 // survive its deletion: a module may be named like a menu.
 QAction *oxMainWindowServiceRemoteImpl::findEntry(const QString &name) const
 {
-    return firstDescendant<QAction>(mainWindow->menuBar(), [&name](const QAction *action) {
-        return action->text() == name && !action->menu();
-    });
+    return firstDescendant<QAction>(
+        mainWindow->menuBar(), [&name](const QAction *action) { return action->text() == name && !action->menu(); });
 }
 
 QMenu *oxMainWindowServiceRemoteImpl::findOrCreateMenu(const QString &title)

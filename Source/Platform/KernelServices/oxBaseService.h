@@ -61,7 +61,8 @@ private:
         return const_cast<T *>(std::addressof(value));
     }
 
-    void callMethod(const QMetaObject &metaObject, const char *signature, std::initializer_list<void *> arguments) const;
+    void callMethod(const QMetaObject &metaObject, const char *signature,
+                    std::initializer_list<void *> arguments) const;
 
     oxQRPCClient *m_client = nullptr;
 };

@@ -14,7 +14,10 @@ QMainWindow *oxMainWindowService::getWidget() const
     return nullptr;
 }
 
-void oxMainWindowService::addModule(const QString &, const QString &, QWidget *, const QString &, const QIcon &, const QString &, Qt::DockWidgetArea) {}
+void oxMainWindowService::addModule(const QString &, const QString &, QWidget *, const QString &, const QIcon &,
+                                    const QString &, Qt::DockWidgetArea)
+{
+}
 
 QDockWidget *oxMainWindowService::getModule(const QString &)
 {

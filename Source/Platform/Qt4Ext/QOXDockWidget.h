@@ -16,8 +16,8 @@ public:
     /// @param title    the window title, by which the dock is found again
     /// @param menuName the title of the menu that holds the dock's entry; kept, not interpreted
     /// @param icon     the window icon; may be empty
-    QOXDockWidget(const QString &title, const QString &menuName, const QIcon &icon,
-                  QWidget *parent = nullptr, Qt::WindowFlags flags = {});
+    QOXDockWidget(const QString &title, const QString &menuName, const QIcon &icon, QWidget *parent = nullptr,
+                  Qt::WindowFlags flags = {});
     ~QOXDockWidget() override;
 
     /// With true, the dock becomes a tool window of its parent. The first time it is shown it
