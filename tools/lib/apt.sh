@@ -1,0 +1,37 @@
+# shellcheck shell=bash
+# Use of Debian's archive through apt with a configuration of its own, so that the machine's stays as it is; to be sourced.
+
+# Prints the archive that this machine installs Debian itself from, as the start of a line of a sources list:
+# "[signed-by=...] address". The keyrings are those of the machine's entry and of debian-archive-keyring.
+debian_archive() {
+  local codename release address entry keyrings='' own file
+  # shellcheck disable=SC2016 # apt-get fills these in
+  local format='$(RELEASE)|$(REPO_URI)|$(SOURCESENTRY)'
+  # shellcheck source=/dev/null
+  codename=$(. /etc/os-release && printf '%s' "${VERSION_CODENAME:-}")
+  while IFS='|' read -r release address entry; do
+    [[ $release == "$codename" || $release == stable || $release == oldstable ]] || continue
+    # entry is "file:number"
+    own=$(sed -nE 's/.*[Ss]igned-[Bb]y[:=][[:space:]]*(\/[^],[:space:]]+).*/\1/p' "${entry%:*}" | head -n 1)
+    for file in $own /usr/share/keyrings/debian-archive-keyring.gpg; do
+      if [[ -e $file && ,$keyrings, != *,$file,* ]]; then keyrings=${keyrings:+$keyrings,}$file; fi
+    done
+    printf '%s%s\n' "${keyrings:+[signed-by=$keyrings] }" "$address"
+    return 0
+  done < <(apt-get indextargets --format "$format" 'Created-By: Packages' 'Component: main')
+  return 1
+}
+
+# private_apt FOLDER: makes FOLDER the place for apt's lists, downloads, sources and pins, and sets the array apt_options.
+private_apt() {
+  mkdir -p "$1"/{lists,cache/archives}/partial "$1"/{sources,preferences}
+  : >"$1/sources.list"
+  : >"$1/preferences.conf"
+  # shellcheck disable=SC2034 # for the caller
+  apt_options=(
+    -q -o APT::Sandbox::User=root # the folder may be closed to apt's own user
+    -o Dir::Etc::sourcelist="$1/sources.list" -o Dir::Etc::sourceparts="$1/sources"
+    -o Dir::Etc::preferences="$1/preferences.conf" -o Dir::Etc::preferencesparts="$1/preferences"
+    -o Dir::State::lists="$1/lists" -o Dir::Cache="$1/cache"
+  )
+}
