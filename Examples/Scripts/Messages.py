@@ -3,6 +3,7 @@
 # oxMessageService is there in every plugin. Its slots are called like methods.
 from PythonQt.QtGui import QHBoxLayout, QLineEdit, QPushButton
 
+TARNPluginWidget.layout().setContentsMargins(9, 9, 9, 9)
 edit = QLineEdit("Hello")
 TARNPluginWidget.layout().addWidget(edit)
 buttons = QHBoxLayout()

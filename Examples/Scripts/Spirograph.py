@@ -2,7 +2,7 @@
 from math import cos, pi, sin
 
 from PythonQt.QtCore import QPointF, QSize, Qt
-from PythonQt.QtGui import QColor, QPainter, QPen, QPolygonF, QSlider, QVBoxLayout, QWidget
+from PythonQt.QtGui import QColor, QPainter, QPen, QPolygonF, QSlider, QWidget
 
 
 class Curve(QWidget):
@@ -42,5 +42,6 @@ slider = QSlider(Qt.Horizontal)
 slider.setRange(10, 100)
 slider.setValue(curve.pen)
 slider.connect("valueChanged(int)", curve.setPenDistance)
+TARNPluginWidget.layout().setContentsMargins(9, 9, 9, 9)
 TARNPluginWidget.layout().addWidget(curve)
 TARNPluginWidget.layout().addWidget(slider)

@@ -53,5 +53,6 @@ class Stopwatch(object):
         self.toggle.setText("Stop" if self.timer.active else "Start")
 
 
+TARNPluginWidget.layout().setContentsMargins(9, 9, 9, 9)
 stopwatch = Stopwatch(TARNPluginWidget.layout())
 stopwatch.start_or_stop()

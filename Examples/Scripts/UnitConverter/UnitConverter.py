@@ -32,6 +32,7 @@ def convert(ignored=0):
 
 
 form = QFormLayout()
+form.setContentsMargins(9, 9, 9, 9)
 TARNPluginWidget.layout().addLayout(form)
 amount = QDoubleSpinBox()
 amount.setRange(0, 1e6)

@@ -12,14 +12,15 @@ void paintBackdrop(QPainter *painter, const QRect &area, int horizon)
     painter->fillRect(QRect(0, 0, area.width(), horizon), sky);
 
     QLinearGradient floor(0, horizon, 0, area.height());
-    floor.setColorAt(0, QColor(0x4a, 0x54, 0x60));
+    floor.setColorAt(0, QColor(0x58, 0x6b, 0x80));
     floor.setColorAt(1, QColor(0x23, 0x27, 0x2d));
     painter->fillRect(QRect(0, horizon, area.width(), area.height() - horizon), floor);
 }
 
 void paintFloorGrid(QPainter *painter, const QRect &area, int horizon)
 {
-    painter->setPen(QColor(255, 255, 255, 40));
+    painter->setClipRect(QRect(0, horizon + 3, area.width(), area.height()));
+    painter->setPen(QColor(255, 255, 255, 45));
     const QPointF vanishingPoint(area.width() / 2.0, horizon);
     for (int i = -24; i <= 24; ++i)
         painter->drawLine(vanishingPoint, QPointF(vanishingPoint.x() + i * area.width() / 8.0, area.height()));
@@ -27,6 +28,12 @@ void paintFloorGrid(QPainter *painter, const QRect &area, int horizon)
         const double y = horizon + (area.height() - horizon) / static_cast<double>(i);
         painter->drawLine(QPointF(0, y), QPointF(area.width(), y));
     }
+    painter->setClipping(false);
+
+    QLinearGradient haze(0, horizon, 0, horizon + area.height() / 5.0);
+    haze.setColorAt(0, QColor(0x58, 0x6b, 0x80));
+    haze.setColorAt(1, QColor(0x58, 0x6b, 0x80, 0));
+    painter->fillRect(QRect(0, horizon, area.width(), area.height() / 5), haze);
 }
 
 void paintBall(QPainter *painter, const QPointF &centre, double radius)
@@ -67,7 +74,7 @@ void RenderView::paintEvent(QPaintEvent *)
     const int horizon = height() * 45 / 100;
     paintBackdrop(&painter, rect(), horizon);
     paintFloorGrid(&painter, rect(), horizon);
-    paintBall(&painter, QPointF(width() * 0.38, height() * 0.52), height() * 0.2);
+    paintBall(&painter, QPointF(width() * 0.36, height() * 0.56), height() * 0.2);
 
     painter.setPen(QColor(255, 255, 255, 170));
     painter.drawText(rect().adjusted(14, 14, -14, -14), Qt::AlignLeft | Qt::AlignBottom,

@@ -140,7 +140,8 @@ QString searchPathScript()
 
 // Prints each complete line and keeps the rest. Only the new text is searched for line feeds, and
 // the buffer is cut once: the time is linear in the text, in one piece or in a million.
-void echoLines(QString *buffer, const QString &text, FILE *stream, const char *format)
+template<class PrintLine>
+void echoLines(QString *buffer, const QString &text, const PrintLine &printLine)
 {
     const int searchFrom = buffer->size();
     buffer->append(text);
@@ -148,7 +149,7 @@ void echoLines(QString *buffer, const QString &text, FILE *stream, const char *f
     int lineStart = 0;
     int lineFeed = buffer->indexOf(QLatin1Char('\n'), searchFrom);
     while (lineFeed >= 0) {
-        fprintf(stream, format, buffer->midRef(lineStart, lineFeed - lineStart).toUtf8().constData());
+        printLine(buffer->midRef(lineStart, lineFeed - lineStart).toUtf8().constData());
         lineStart = lineFeed + 1;
         lineFeed = buffer->indexOf(QLatin1Char('\n'), lineStart);
     }
@@ -379,12 +380,12 @@ void oxKernelInterface::loopAll() {}
 
 void oxKernelInterface::pythonStdOut(QString text)
 {
-    echoLines(&d->stdOutBuffer, text, stdout, "python info: '%s'\n");
+    echoLines(&d->stdOutBuffer, text, [](const char *line) { printf("python info: '%s'\n", line); });
 }
 
 void oxKernelInterface::pythonStdErr(QString text)
 {
-    echoLines(&d->stdErrBuffer, text, stderr, "python error: '%s'\n");
+    echoLines(&d->stdErrBuffer, text, [](const char *line) { fprintf(stderr, "python error: '%s'\n", line); });
 }
 
 // A plugin may delete its own container, and the user the window that holds it.

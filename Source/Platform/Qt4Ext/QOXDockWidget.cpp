@@ -48,7 +48,7 @@ void QOXDockWidget::showEvent(QShowEvent *event)
     QDockWidget::showEvent(event);
 }
 
-// Below the panels that are open already; back to the corner where the edge is full.
+// In columns from the right, below the panels that are open; in the corner where all is full.
 void QOXDockWidget::takePlaceAtParent()
 {
     resize(sizeHint());
@@ -58,14 +58,23 @@ void QOXDockWidget::takePlaceAtParent()
     const QRect area = centralArea(parentWidget());
     const QPoint corner(area.right() - width() + 1, area.top());
     QRect place(corner, size());
-    const auto docks = parentWidget()->findChildren<QOXDockWidget *>(QString(), Qt::FindDirectChildrenOnly);
-    const auto isInTheWay = [this, &place](const QOXDockWidget *dock) {
-        return dock != this && dock->isVisible() && dock->isFloating() && dock->frameGeometry().intersects(place);
-    };
-    auto blocking = std::find_if(docks.begin(), docks.end(), isInTheWay);
-    while (blocking != docks.end() && place.bottom() <= area.bottom()) {
-        place.moveTop((*blocking)->frameGeometry().bottom() + margin);
-        blocking = std::find_if(docks.begin(), docks.end(), isInTheWay);
+    int columnLeft = place.left();
+    while (const QOXDockWidget *dock = openPanelAt(place)) {
+        columnLeft = std::min(columnLeft, dock->x());
+        place.moveTop(dock->geometry().bottom() + margin);
+        if (place.bottom() > area.bottom()) {
+            place.moveTopRight(QPoint(columnLeft - margin, area.top()));
+            columnLeft = place.left();
+        }
     }
-    move(place.bottom() <= area.bottom() ? place.topLeft() : corner);
+    move(area.contains(place) ? place.topLeft() : corner);
+}
+
+const QOXDockWidget *QOXDockWidget::openPanelAt(const QRect &place) const
+{
+    const auto docks = parentWidget()->findChildren<QOXDockWidget *>(QString(), Qt::FindDirectChildrenOnly);
+    const auto found = std::find_if(docks.begin(), docks.end(), [this, &place](const QOXDockWidget *dock) {
+        return dock != this && dock->isVisible() && dock->isFloating() && dock->geometry().intersects(place);
+    });
+    return found == docks.end() ? nullptr : *found;
 }

@@ -32,6 +32,7 @@ protected:
 
 private:
     void takePlaceAtParent();
+    const QOXDockWidget *openPanelAt(const QRect &place) const;
 
     QString m_menuName;
     bool m_placeOnShow = false;
