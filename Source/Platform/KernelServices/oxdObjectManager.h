@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDataStream>
 #include <QList>
 #include <QMetaType>
 #include <QVector>
