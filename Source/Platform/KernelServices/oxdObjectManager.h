@@ -41,9 +41,19 @@ public:
     template<class T>
     static void registerType(unsigned long long externalType);
 
-    /// Makes T and QList<T> known to Python, in the package oxKernelServices. Needs PythonQt.
+    /// Makes T and QList<T> known to Python, in the package oxKernelServices.
+    ///
+    /// Scripts get single objects and lists as copies, and hand over lists, or objects as QObject*.
+    /// A slot that takes T itself, by value, reference or pointer, must not be called from a script:
+    /// PythonQt passes the address of the QObject, which with a virtual base is not that of the T.
     template<class T>
     static void registerToPython();
+
+    /// A wrapper for a copy of an object, which Python owns.
+    ///
+    /// @param object a T; its meta-type id, the second argument, is not used
+    template<class T>
+    static PyObject *convertFromType(const void *object, int metaType);
 
     /// A new Python list with a wrapper for a copy of each element, which Python owns; null, with
     /// Python's error set, without memory.

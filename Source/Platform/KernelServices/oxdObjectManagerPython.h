@@ -63,10 +63,19 @@ void oxdObjectManager::registerToPython()
     // PythonQt has become the parent, and would delete in its clean-up what is not on the heap.
     instanceDecorator.setParent(nullptr);
 
+    // By itself PythonQt copies a T well, and then takes the copy's address for that of a QObject.
+    PythonQtConv::registerMetaTypeToPythonConverter(qMetaTypeId<T>(), convertFromType<T>);
+
     const QString listName = QString::asprintf("QList<%s>", T::staticMetaObject.className());
     const int list = qRegisterMetaType<QList<T>>(listName.toUtf8().constData());
     PythonQtConv::registerMetaTypeToPythonConverter(list, convertFromQListOfType<T>);
     PythonQtConv::registerPythonToMetaTypeConverter(list, convertToQListOfType<T>);
+}
+
+template<class T>
+PyObject *oxdObjectManager::convertFromType(const void *object, int)
+{
+    return oxdPython::wrapCopy(*static_cast<const T *>(object), T::staticMetaObject.className());
 }
 
 template<class T>

@@ -1,0 +1,436 @@
+#include "oxdObjectManagerPython.h"
+
+#include <QPointer>
+#include <QTest>
+
+#include "Exchanger.h"
+#include "ExpectedTypes.h"
+#include "oxKernelInterfaceRemote.h"
+#include "oxQRPCClient.h"
+
+namespace {
+
+using Ids = QVector<quint64>;
+
+class InterpreterLock
+{
+public:
+    InterpreterLock() : m_state(PyGILState_Ensure()) {}
+    ~InterpreterLock() { PyGILState_Release(m_state); }
+
+private:
+    Q_DISABLE_COPY(InterpreterLock)
+
+    PyGILState_STATE m_state;
+};
+
+void addClassRows()
+{
+    QTest::addColumn<QString>("name");
+    for (const ExpectedType &type : expectedTypes) {
+        if (type.inPython)
+            QTest::newRow(type.name) << QString::fromUtf8(type.name);
+    }
+}
+
+template<class T>
+QList<T> objects(const Ids &ids)
+{
+    QList<T> list;
+    for (quint64 id : ids) {
+        list.append(T());
+        list.last().initialize(id);
+    }
+    return list;
+}
+
+template<class T>
+Ids ids(const QList<T> &list)
+{
+    Ids result;
+    for (const T &object : list)
+        result.append(object.objectId());
+    return result;
+}
+
+}
+
+/// Lists of data objects between C++ and real scripts, in a process that has run init.
+class tst_oxdPython : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+
+    void packageHoldsTheClassesAndNothingElse();
+    void registeringAgainChangesNothing();
+
+    void listGivesCopiesOfItsClass_data();
+    void listGivesCopiesOfItsClass();
+    void listPassesBothWays_data();
+    void listPassesBothWays();
+    void wrongItemsBecomeEmptyObjects_data();
+    void wrongItemsBecomeEmptyObjects();
+
+    void nodeListsAreNotConvertible();
+    void listInVariantIsAPythonList();
+    void pythonListInVariantHoldsTheObjects();
+    void vectorIsNotConvertible();
+    void singleObjectIsWrappedAsCopy();
+    void derivedObjectsKeepTheirHandleInAListOfTheBase();
+    void objectsOutliveTheirList();
+    void wrapperOfADeletedObjectGivesAnEmptyObject();
+
+    void convertedElementsAreAppended();
+    void emptySequenceLeavesTheListAlone();
+    void nonSequenceIsRejected_data();
+    void nonSequenceIsRejected();
+    void unusualSequences_data();
+    void unusualSequences();
+
+    void emptyListGivesAnEmptyPythonList();
+    void everyWrapperHasOneReferenceTooMany();
+    void decoratorsAreNotPythonQtsToDelete();
+
+private:
+    // All of these leave no Python error behind, or fail.
+    void run(const char *statements);
+    QVariant evaluate(const QString &expression);
+    PyObject *object(const char *expression);
+    template<class T>
+    bool convert(PyObject *sequence, QList<T> *list);
+
+    Exchanger m_exchanger;
+};
+
+void tst_oxdPython::initTestCase()
+{
+    static oxQRPCClient client;
+    oxKernelInterface::the()->init(&client, true);
+    const InterpreterLock lock;
+    oxKernelInterface::the()->getPythonEngine()->addObject(QStringLiteral("exchanger"), &m_exchanger);
+    run("import sys, gc\n"
+        "from PythonQt import oxKernelServices\n"
+        "def outcome(function, *arguments):\n"
+        "    try:\n"
+        "        return function(*arguments)\n"
+        "    except Exception as error:\n"
+        "        return type(error).__name__\n");
+}
+
+void tst_oxdPython::cleanup()
+{
+    const InterpreterLock lock;
+    QVERIFY(!PyErr_Occurred());
+}
+
+void tst_oxdPython::run(const char *statements)
+{
+    const InterpreterLock lock;
+    oxKernelInterface::the()->getPythonEngine()->evalScript(QString::fromUtf8(statements), Py_file_input);
+    QVERIFY(!PythonQt::self()->hadError());
+}
+
+QVariant tst_oxdPython::evaluate(const QString &expression)
+{
+    const InterpreterLock lock;
+    const QVariant value = oxKernelInterface::the()->getPythonEngine()->evalScript(expression, Py_eval_input);
+    return PythonQt::self()->hadError() ? QVariant(QStringLiteral("an error")) : value;
+}
+
+// A borrowed reference: it stays in the module's variable "kept".
+PyObject *tst_oxdPython::object(const char *expression)
+{
+    run(QByteArray("kept = ") + expression);
+    return PyDict_GetItemString(PyModule_GetDict(oxKernelInterface::the()->getPythonEngine()->object()), "kept");
+}
+
+template<class T>
+bool tst_oxdPython::convert(PyObject *sequence, QList<T> *list)
+{
+    const bool converted = oxdObjectManager::convertToQListOfType<T>(sequence, list, 0, true);
+    return !PyErr_Occurred() && converted;
+}
+
+void tst_oxdPython::packageHoldsTheClassesAndNothingElse()
+{
+    QStringList expected;
+    for (const ExpectedType &type : expectedTypes) {
+        if (type.inPython)
+            expected.append(QString::fromUtf8(type.name));
+    }
+    expected.sort();
+    QCOMPARE(evaluate(QStringLiteral("sorted(n for n in dir(oxKernelServices) if n.startswith('ox'))")).toStringList(),
+             expected);
+    QCOMPARE(evaluate(QStringLiteral("oxKernelServices.oxdMaterial.__module__")).toString(),
+             QStringLiteral("PythonQt.oxKernelServices"));
+}
+
+void tst_oxdPython::registeringAgainChangesNothing()
+{
+    {
+        const InterpreterLock lock;
+        oxdObjectManager::registerToPython<oxdMaterial>();
+    }
+    QCOMPARE(evaluate(QStringLiteral("len(exchanger.exchange_oxdMaterial(exchanger.give_oxdMaterial()))")).toInt(), 3);
+    QCOMPARE(m_exchanger.taken, Ids({1, 2, 3}));
+}
+
+void tst_oxdPython::listGivesCopiesOfItsClass_data()
+{
+    addClassRows();
+}
+
+void tst_oxdPython::listGivesCopiesOfItsClass()
+{
+    QFETCH(QString, name);
+    QCOMPARE(evaluate(QStringLiteral("type(exchanger.give_%1()) is list").arg(name)), QVariant(true));
+    QCOMPARE(evaluate(QStringLiteral("[type(o) is oxKernelServices.%1 for o in exchanger.give_%1()]").arg(name)),
+             QVariant(QVariantList{true, true, true}));
+    QCOMPARE(evaluate(QStringLiteral("exchanger.give_%1()[0] is exchanger.give_%1()[0]").arg(name)), QVariant(false));
+    QCOMPARE(evaluate(QStringLiteral("exchanger.exchange_%1([])").arg(name)), QVariant(QVariantList()));
+}
+
+void tst_oxdPython::listPassesBothWays_data()
+{
+    addClassRows();
+}
+
+void tst_oxdPython::listPassesBothWays()
+{
+    QFETCH(QString, name);
+    const QString given = QStringLiteral("exchanger.give_%1()").arg(name);
+    const QString exchange = QStringLiteral("len(exchanger.exchange_%1(%2))").arg(name);
+
+    QCOMPARE(evaluate(exchange.arg(given)).toInt(), 3);
+    QCOMPARE(m_exchanger.taken, Ids({1, 2, 3}));
+    QCOMPARE(evaluate(exchange.arg(QStringLiteral("tuple(reversed(%1))").arg(given))).toInt(), 3);
+    QCOMPARE(m_exchanger.taken, Ids({3, 2, 1}));
+    QCOMPARE(evaluate(exchange.arg(QStringLiteral("exchanger.exchange_%1(%2)[1:]").arg(name, given))).toInt(), 2);
+    QCOMPARE(m_exchanger.taken, Ids({2, 3}));
+    QCOMPARE(evaluate(exchange.arg(QStringLiteral("()"))).toInt(), 0);
+    QCOMPARE(m_exchanger.taken, Ids());
+    QCOMPARE(evaluate(QStringLiteral("outcome(exchanger.exchange_%1, 5)").arg(name)).toString(),
+             QStringLiteral("ValueError"));
+}
+
+void tst_oxdPython::wrongItemsBecomeEmptyObjects_data()
+{
+    addClassRows();
+}
+
+void tst_oxdPython::wrongItemsBecomeEmptyObjects()
+{
+    QFETCH(QString, name);
+    // A timer is no material, and the other way round: one of the two is wrong for every class but the roots.
+    const QString other = name == QLatin1String("oxdTimer") ? QStringLiteral("oxdMaterial") : QStringLiteral("oxdTimer");
+    const bool isBaseOfOther = name == QLatin1String("oxdObject") || name == QLatin1String("oxdBaseObject");
+    const QString items = QStringLiteral("[None, 5, exchanger, oxKernelServices.%1, exchanger.give_%2()[1],"
+                                         " exchanger.give_%1()[2]]").arg(name, other);
+    QCOMPARE(evaluate(QStringLiteral("len(exchanger.exchange_%1(%2))").arg(name, items)).toInt(), 6);
+    QCOMPARE(m_exchanger.taken, Ids({0, 0, 0, 0, isBaseOfOther ? 2u : 0u, 3}));
+}
+
+void tst_oxdPython::nodeListsAreNotConvertible()
+{
+    QCOMPARE(evaluate(QStringLiteral("outcome(exchanger.exchange_oxdNode, [])")).toString(),
+             QStringLiteral("ValueError"));
+    QCOMPARE(evaluate(QStringLiteral("type(outcome(exchanger.give_oxdNode)) is list")), QVariant(false));
+}
+
+void tst_oxdPython::listInVariantIsAPythonList()
+{
+    QCOMPARE(evaluate(QStringLiteral("len(exchanger.exchange_oxdMaterial(exchanger.giveListInVariant()))")).toInt(), 3);
+    QCOMPARE(m_exchanger.taken, Ids({1, 2, 3}));
+}
+
+void tst_oxdPython::pythonListInVariantHoldsTheObjects()
+{
+    run("given = exchanger.give_oxdMaterial()\n"
+        "exchanger.takeVariant(given)\n");
+    const QVariantList objects = m_exchanger.takenVariant.toList();
+    QCOMPARE(objects.size(), 3);
+    const auto *last = dynamic_cast<oxdMaterial *>(objects.last().value<QObject *>());
+    QVERIFY(last);
+    QCOMPARE(last->objectId(), Q_UINT64_C(3));
+}
+
+void tst_oxdPython::vectorIsNotConvertible()
+{
+    QCOMPARE(evaluate(QStringLiteral("type(outcome(exchanger.giveVectorInVariant)) is list")), QVariant(false));
+}
+
+void tst_oxdPython::singleObjectIsWrappedAsCopy()
+{
+    for (const char *slot : {"giveObject", "giveObjectInVariant"}) {
+        const QString given = QStringLiteral("exchanger.%1()").arg(QLatin1String(slot));
+        QCOMPARE(evaluate(QStringLiteral("type(%1) is oxKernelServices.oxdMaterial").arg(given)), QVariant(true));
+        QCOMPARE(evaluate(QStringLiteral("len(exchanger.exchange_oxdMaterial([%1]))").arg(given)).toInt(), 1);
+        QCOMPARE(m_exchanger.taken, Ids({1}));
+    }
+}
+
+void tst_oxdPython::derivedObjectsKeepTheirHandleInAListOfTheBase()
+{
+    for (const char *base : {"oxdMaterial", "oxdBaseObject", "oxdObject"}) {
+        evaluate(QStringLiteral("exchanger.exchange_%1(exchanger.give_oxdGlassMaterial())").arg(QLatin1String(base)));
+        QCOMPARE(m_exchanger.taken, Ids({1, 2, 3}));
+    }
+    evaluate(QStringLiteral("exchanger.exchange_oxdGlassMaterial(exchanger.give_oxdMaterial())"));
+    QCOMPARE(m_exchanger.taken, Ids({0, 0, 0}));
+}
+
+void tst_oxdPython::objectsOutliveTheirList()
+{
+    run("given = exchanger.give_oxdImage()\n"
+        "survivor = given[1]\n"
+        "del given\n"
+        "gc.collect()\n"
+        "exchanger.exchange_oxdImage([survivor, survivor])\n");
+    QCOMPARE(m_exchanger.taken, Ids({2, 2}));
+}
+
+void tst_oxdPython::wrapperOfADeletedObjectGivesAnEmptyObject()
+{
+    auto timer = std::make_unique<oxdTimer>(7);
+    m_exchanger.lent = timer.get();
+    run("lent = exchanger.lend()\n"
+        "exchanger.exchange_oxdTimer([lent])\n");
+    QCOMPARE(m_exchanger.taken, Ids({7}));
+
+    timer.reset();
+    run("exchanger.exchange_oxdTimer([lent, lent])\n");
+    QCOMPARE(m_exchanger.taken, Ids({0, 0}));
+}
+
+void tst_oxdPython::convertedElementsAreAppended()
+{
+    const InterpreterLock lock;
+    QList<oxdImage> list = objects<oxdImage>({8, 9});
+    const QList<oxdImage> shared = list;
+    QVERIFY(convert(object("exchanger.give_oxdImage()"), &list));
+    QCOMPARE(ids(list), Ids({8, 9, 1, 2, 3}));
+    QCOMPARE(ids(shared), Ids({8, 9}));
+}
+
+void tst_oxdPython::emptySequenceLeavesTheListAlone()
+{
+    const InterpreterLock lock;
+    QList<oxdImage> list = objects<oxdImage>({8, 9});
+    for (const char *empty : {"[]", "()", "''", "xrange(0)"}) {
+        QVERIFY(convert(object(empty), &list));
+        QCOMPARE(ids(list), Ids({8, 9}));
+    }
+}
+
+void tst_oxdPython::nonSequenceIsRejected_data()
+{
+    QTest::addColumn<QByteArray>("expression");
+    for (const char *expression :
+         {"5", "None", "{}", "object()", "exchanger", "iter([])", "set()", "oxKernelServices.oxdImage"}) {
+        QTest::newRow(expression) << QByteArray(expression);
+    }
+}
+
+void tst_oxdPython::nonSequenceIsRejected()
+{
+    QFETCH(QByteArray, expression);
+    const InterpreterLock lock;
+    QList<oxdImage> list = objects<oxdImage>({8, 9});
+    QVERIFY(!convert(object(expression), &list));
+    QVERIFY(!PyErr_Occurred());
+    QCOMPARE(ids(list), Ids({8, 9}));
+}
+
+void tst_oxdPython::unusualSequences_data()
+{
+    QTest::addColumn<QByteArray>("length");
+    QTest::addColumn<QByteArray>("item");
+    QTest::addColumn<bool>("isConverted");
+    QTest::addColumn<Ids>("expected");
+
+    QTest::newRow("every item raises") << QByteArray("return 3") << QByteArray("raise ValueError()") << true
+                                       << Ids({0, 0, 0});
+    QTest::newRow("fewer items than claimed") << QByteArray("return 5") << QByteArray("return given[index]") << true
+                                              << Ids({1, 2, 3, 0, 0});
+    QTest::newRow("asks to exit") << QByteArray("return 1") << QByteArray("raise SystemExit()") << true << Ids({0});
+    QTest::newRow("length raises") << QByteArray("raise ValueError()") << QByteArray("return given[0]") << false
+                                   << Ids();
+    QTest::newRow("negative length") << QByteArray("return -1") << QByteArray("return given[0]") << false << Ids();
+    QTest::newRow("length is no number") << QByteArray("return 'x'") << QByteArray("return given[0]") << false
+                                         << Ids();
+    QTest::newRow("length beyond a machine word") << QByteArray("return sys.maxint * 2") << QByteArray("return given[0]")
+                                                  << false << Ids();
+    QTest::newRow("longest length") << QByteArray("return sys.maxint") << QByteArray("return given[0]") << false
+                                    << Ids();
+    QTest::newRow("length of two billion") << QByteArray("return 2**31 - 1") << QByteArray("raise IndexError()")
+                                           << false << Ids();
+}
+
+void tst_oxdPython::unusualSequences()
+{
+    QFETCH(QByteArray, length);
+    QFETCH(QByteArray, item);
+    QFETCH(bool, isConverted);
+    QFETCH(Ids, expected);
+    const InterpreterLock lock;
+    for (const char *base : {"(object)", ""}) { // a class of the new style and of the old
+        run("given = exchanger.give_oxdImage()\n"
+            "class Sequence" + QByteArray(base) + ":\n"
+            "    def __len__(self):\n"
+            "        " + length + "\n"
+            "    def __getitem__(self, index):\n"
+            "        " + item + "\n");
+        QList<oxdImage> list;
+        const bool converted = convert(object("Sequence()"), &list);
+        QVERIFY(!PyErr_Occurred());
+        QCOMPARE(converted, isConverted);
+        QCOMPARE(ids(list), expected);
+    }
+}
+
+void tst_oxdPython::emptyListGivesAnEmptyPythonList()
+{
+    const InterpreterLock lock;
+    const QList<oxdImage> list;
+    PyObject *converted = oxdObjectManager::convertFromQListOfType<oxdImage>(&list, 0);
+    QVERIFY(PyList_CheckExact(converted));
+    QCOMPARE(PyList_GET_SIZE(converted), Py_ssize_t(0));
+    QCOMPARE(Py_REFCNT(converted), Py_ssize_t(1));
+    Py_DECREF(converted);
+}
+
+void tst_oxdPython::everyWrapperHasOneReferenceTooMany()
+{
+    const InterpreterLock lock;
+    QList<oxdImage> list = objects<oxdImage>({1, 2});
+    PyObject *converted = oxdObjectManager::convertFromQListOfType<oxdImage>(&list, 0);
+    QCOMPARE(PyList_GET_SIZE(converted), Py_ssize_t(2));
+    PyObject *wrapper = PyList_GET_ITEM(converted, 1);
+    QCOMPARE(Py_REFCNT(wrapper), Py_ssize_t(2));
+
+    const QPointer<QObject> copy = reinterpret_cast<PythonQtInstanceWrapper *>(wrapper)->_obj;
+    QVERIFY(reinterpret_cast<PythonQtInstanceWrapper *>(wrapper)->_ownedByPythonQt);
+    list[1].initialize(9);
+    QCOMPARE(dynamic_cast<oxdImage *>(copy.data())->objectId(), Q_UINT64_C(2));
+
+    Py_DECREF(converted);
+    QVERIFY(copy);
+    QCOMPARE(Py_REFCNT(wrapper), Py_ssize_t(1));
+    // Python owns the copy: with the reference given back, it goes.
+    Py_DECREF(wrapper);
+    QVERIFY(!copy);
+}
+
+void tst_oxdPython::decoratorsAreNotPythonQtsToDelete()
+{
+    const auto children = PythonQt::priv()->children();
+    for (const QObject *child : children)
+        QVERIFY2(!dynamic_cast<const oxdObject *>(child), child->metaObject()->className());
+}
+
+QTEST_MAIN(tst_oxdPython)
+
+#include "tst_oxdPython.moc"
