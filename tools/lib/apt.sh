@@ -29,7 +29,7 @@ private_apt() {
   : >"$1/preferences.conf"
   # shellcheck disable=SC2034 # for the caller
   apt_options=(
-    -q -o APT::Sandbox::User=root # the folder may be closed to apt's own user
+    -o APT::Sandbox::User=root # the folder may be closed to apt's own user
     -o Dir::Etc::sourcelist="$1/sources.list" -o Dir::Etc::sourceparts="$1/sources"
     -o Dir::Etc::preferences="$1/preferences.conf" -o Dir::Etc::preferencesparts="$1/preferences"
     -o Dir::State::lists="$1/lists" -o Dir::Cache="$1/cache"

@@ -18,18 +18,21 @@ run_logged() {
   "$@" </dev/null 2>&1 | show_progress "$label" "$log"
 }
 
-# Understands ninja's "[n/m]" and the status lines of apt-get (APT::Status-Fd). A terminal gets one line that changes,
-# anything else a line every ten percent.
+# Understands ninja's "[n/m]", and counts apt-get's steps: each package is fetched, unpacked and set up. A terminal gets
+# one line that changes, anything else a line every ten percent.
+# (apt-get's own APT::Status-Fd makes its output non-blocking, which breaks installation scripts that write to it.)
 show_progress() {
-  local label=$1 log=$2 line percent shown=-10
+  local label=$1 log=$2 line percent steps=0 all_steps=0 shown=-10
   while IFS= read -r line || [[ -n $line ]]; do
     printf '%s\n' "$line" >>"$log"
     if [[ $line =~ ^\[([0-9]+)/([0-9]+)\] ]]; then
       percent=$((100 * BASH_REMATCH[1] / BASH_REMATCH[2]))
-    elif [[ $line =~ ^dlstatus:[0-9]+:([0-9]+) ]]; then
-      percent=$((BASH_REMATCH[1] / 2))
-    elif [[ $line =~ ^pmstatus:[^:]*:([0-9]+) ]]; then
-      percent=$((50 + BASH_REMATCH[1] / 2))
+    elif [[ $line =~ ^([0-9]+)\ upgraded,\ ([0-9]+)\ newly\ installed ]]; then
+      all_steps=$((3 * (BASH_REMATCH[1] + BASH_REMATCH[2])))
+      continue
+    elif ((all_steps > 0)) && [[ $line =~ ^(Get:|Unpacking |Setting up ) ]]; then
+      steps=$((steps + 1))
+      percent=$((100 * steps / all_steps))
     else
       continue
     fi
