@@ -30,6 +30,8 @@ QOXDockWidget::~QOXDockWidget() = default;
 
 void QOXDockWidget::setToolWindow(bool on)
 {
+    if (!isVisible())
+        hide(); // or else Qt shows it as it floats
     setFloating(on);
     m_placeOnShow = on;
 }

@@ -1,0 +1,166 @@
+#include <QDockWidget>
+#include <QLabel>
+#include <QLayout>
+#include <QPushButton>
+#include <QtTest>
+
+#include "OutputCapture.h"
+#include "PluginHost.h"
+
+/// The Python module uiTools of the installation folder, as plugins use it.
+class tst_uiTools : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void formFillsTheWidgetAndNamesItsChildren();
+    void baseIsTheClassOfTheTopWidget_data();
+    void baseIsTheClassOfTheTopWidget();
+    void relativeFileIsLookedUpInThePluginsFolder();
+    void relativeFileIsFoundAfterTheFolderChanged();
+    void badFilesGiveOneClearError_data();
+    void badFilesGiveOneClearError();
+
+private:
+    PluginHost *m_host = nullptr;
+};
+
+namespace {
+
+QByteArray form(const QByteArray &topWidget)
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ui version=\"4.0\">\n <class>Form</class>\n"
+           " <widget class=\"" + topWidget + "\" name=\"Form\">\n"
+           "  <property name=\"windowTitle\"><string>A title</string></property>\n"
+           "  <layout class=\"QVBoxLayout\" name=\"column\">\n"
+           "   <item><widget class=\"QPushButton\" name=\"button\">"
+           "<property name=\"text\"><string>Press</string></property></widget></item>\n"
+           "   <item><widget class=\"QGroupBox\" name=\"box\"><layout class=\"QVBoxLayout\" name=\"inner\">"
+           "<item><widget class=\"QLabel\" name=\"label\"/></item></layout></widget></item>\n"
+           "  </layout>\n </widget>\n</ui>\n";
+}
+
+} // namespace
+
+void tst_uiTools::initTestCase()
+{
+    m_host = new PluginHost; // never deleted: Python's wrappers may outlive it
+    PluginHost::run(QStringLiteral("sys.path.insert(0, '" SOURCE_DIR "/Share/lib/python')"));
+}
+
+void tst_uiTools::init()
+{
+    m_host->clear();
+}
+
+void tst_uiTools::formFillsTheWidgetAndNamesItsChildren()
+{
+    m_host->write(QStringLiteral("panel.ui"), form("QWidget"));
+    m_host->write(QStringLiteral("Panel.py"),
+                  "from PythonQt import QtGui\n"
+                  "import uiTools\n"
+                  "Form, Base = uiTools.loadUiType('panel.ui')\n"
+                  "class Panel(Form, Base):\n"
+                  "    def __init__(self, parent=None):\n"
+                  "        Base.__init__(self, parent)\n"
+                  "        self.setupUi(self)\n"
+                  "        self.button.connect('clicked()', self.pressed)\n"
+                  "    def pressed(self):\n"
+                  "        self.label.setText('pressed')\n"
+                  "panel = Panel()\n"
+                  "TARNPluginWidget.layout().addWidget(panel)\n"
+                  "title = panel.windowTitle\n");
+    m_host->scan();
+
+    QWidget *panel = m_host->dock(QStringLiteral("Panel"))->widget()->layout()->itemAt(0)->widget();
+    panel->findChild<QPushButton *>(QStringLiteral("button"))->click();
+    QCOMPARE(panel->findChild<QLabel *>(QStringLiteral("label"))->text(), QStringLiteral("pressed"));
+    QCOMPARE(panel->layout()->contentsMargins(), QMargins());
+    QCOMPARE(m_host->evaluateIn(QStringLiteral("Panel"), QStringLiteral("title")).toString(),
+             QStringLiteral("A title"));
+}
+
+void tst_uiTools::baseIsTheClassOfTheTopWidget_data()
+{
+    QTest::addColumn<QByteArray>("topWidget");
+    for (const char *name : {"QWidget", "QDialog", "QGroupBox", "QFrame"})
+        QTest::newRow(name) << QByteArray(name);
+}
+
+void tst_uiTools::baseIsTheClassOfTheTopWidget()
+{
+    QFETCH(QByteArray, topWidget);
+    m_host->write(QStringLiteral("panel.ui"), form(topWidget));
+    m_host->write(QStringLiteral("Panel.py"),
+                  "import uiTools\n"
+                  "Form, Base = uiTools.loadUiType('panel.ui')\n");
+    m_host->scan();
+
+    const QString panel = QStringLiteral("Panel");
+    QCOMPARE(m_host->evaluateIn(panel, QStringLiteral("Base.__name__")).toByteArray(), topWidget);
+    QCOMPARE(m_host->evaluateIn(panel, QStringLiteral("Form.__name__")).toByteArray(), "Ui_" + topWidget);
+}
+
+void tst_uiTools::relativeFileIsLookedUpInThePluginsFolder()
+{
+    m_host->write(QStringLiteral("deep/panel.ui"), form("QFrame"));
+    m_host->write(QStringLiteral("deep/Panel.py"),
+                  "import uiTools\n"
+                  "Form, Base = uiTools.loadUiType('panel.ui')\n");
+    m_host->scan();
+    QCOMPARE(m_host->evaluateIn(QStringLiteral("Panel"), QStringLiteral("Base.__name__")).toString(),
+             QStringLiteral("QFrame"));
+}
+
+void tst_uiTools::relativeFileIsFoundAfterTheFolderChanged()
+{
+    m_host->write(QStringLiteral("panel.ui"), form("QWidget"));
+    m_host->write(QStringLiteral("Panel.py"),
+                  "from PythonQt import QtGui\n"
+                  "import os, uiTools\n"
+                  "Form, Base = uiTools.loadUiType('panel.ui')\n"
+                  "os.chdir('/')\n"
+                  "form, widget = Form(), QtGui.QWidget()\n"
+                  "form.setupUi(widget)\n");
+    m_host->scan();
+    QCOMPARE(m_host->evaluateIn(QStringLiteral("Panel"), QStringLiteral("form.button.text")).toString(),
+             QStringLiteral("Press"));
+}
+
+void tst_uiTools::badFilesGiveOneClearError_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("error");
+
+    QTest::newRow("missing") << QByteArray() << QByteArray("IOError: [Errno 2] No such file or directory: '%1'");
+    QTest::newRow("not XML") << QByteArray("panel\n")
+                             << QByteArray("ValueError: %1: no Designer file: syntax error: line 1, column 0");
+    QTest::newRow("other XML") << QByteArray("<html/>\n")
+                               << QByteArray("ValueError: %1: no Designer file: it has no top widget");
+    QTest::newRow("unknown class") << form("Gadget")
+                                   << QByteArray("ValueError: %1: there is no class 'Gadget' in PythonQt.QtGui");
+}
+
+void tst_uiTools::badFilesGiveOneClearError()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(QByteArray, error);
+    const QString file = m_host->scripts() + QLatin1String("/panel.ui");
+    if (!text.isEmpty())
+        m_host->write(QStringLiteral("panel.ui"), text);
+    m_host->write(QStringLiteral("Panel.py"), "import uiTools\nuiTools.loadUiType('panel.ui')\n");
+
+    QByteArray printed;
+    {
+        const OutputCapture capture;
+        m_host->scan();
+        printed = capture.standardError();
+    }
+    const QByteArray last = printed.trimmed().split('\n').last();
+    QCOMPARE(last, "python error: '" + error.replace("%1", file.toUtf8()) + "'");
+}
+
+QTEST_MAIN(tst_uiTools)
+#include "tst_uiTools.moc"
