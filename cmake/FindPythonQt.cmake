@@ -46,15 +46,25 @@ find_package_handle_standard_args(PythonQt
   VERSION_VAR PythonQt_VERSION
   REASON_FAILURE_MESSAGE "${_pythonqt_advice}.")
 
+# Without the links on the way, such as .deps/PythonQt: installed libraries keep this path in their rpath.
+function(_pythonqt_resolve variable)
+  get_filename_component(folder "${${variable}}" DIRECTORY)
+  get_filename_component(folder "${folder}" REALPATH)
+  get_filename_component(name "${${variable}}" NAME)
+  set(${variable}_RESOLVED "${folder}/${name}" PARENT_SCOPE)
+endfunction()
+
 if(PythonQt_FOUND AND NOT TARGET PythonQt::PythonQt)
+  _pythonqt_resolve(PythonQt_LIBRARY)
+  _pythonqt_resolve(PythonQt_QtAll_LIBRARY)
   add_library(PythonQt::PythonQt UNKNOWN IMPORTED)
   set_target_properties(PythonQt::PythonQt PROPERTIES
-    IMPORTED_LOCATION "${PythonQt_LIBRARY}"
+    IMPORTED_LOCATION "${PythonQt_LIBRARY_RESOLVED}"
     INTERFACE_INCLUDE_DIRECTORIES "${PythonQt_INCLUDE_DIR}"
     INTERFACE_LINK_LIBRARIES "Python2::Python;Qt5::Core;Qt5::Gui;Qt5::Widgets")
   add_library(PythonQt::QtAll UNKNOWN IMPORTED)
   set_target_properties(PythonQt::QtAll PROPERTIES
-    IMPORTED_LOCATION "${PythonQt_QtAll_LIBRARY}"
+    IMPORTED_LOCATION "${PythonQt_QtAll_LIBRARY_RESOLVED}"
     INTERFACE_INCLUDE_DIRECTORIES "${PythonQt_QtAll_INCLUDE_DIR}"
     INTERFACE_LINK_LIBRARIES "PythonQt::PythonQt")
 endif()
