@@ -1,10 +1,22 @@
 #include "OutputCapture.h"
 
+#include <QString>
+
 #include <cstdio>
 #include <cstdlib>
 
 #include <sys/mman.h>
 #include <unistd.h>
+
+namespace {
+
+void printMessage(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    if (!text.startsWith(QLatin1String("This plugin does not support ")))
+        fprintf(stderr, "%s\n", qPrintable(text));
+}
+
+} // namespace
 
 OutputCapture::Redirection::Redirection(int descriptor)
     : m_descriptor(descriptor)
@@ -36,10 +48,14 @@ QByteArray OutputCapture::Redirection::bytes() const
 OutputCapture::OutputCapture()
     : m_output(STDOUT_FILENO)
     , m_error(STDERR_FILENO)
+    , m_messageHandler(qInstallMessageHandler(printMessage))
 {
 }
 
-OutputCapture::~OutputCapture() = default;
+OutputCapture::~OutputCapture()
+{
+    qInstallMessageHandler(m_messageHandler);
+}
 
 QByteArray OutputCapture::standardOutput() const
 {

@@ -1,9 +1,13 @@
 #pragma once
 
 #include <QByteArray>
+#include <QtGlobal>
 
 /// Takes what the process writes to its standard output and standard error, by whatever way, from
 /// construction to destruction.
+///
+/// Qt's own messages go to standard error meanwhile, as they do in a process that is no test, but
+/// for what the platform plugin without a display has to say.
 class OutputCapture
 {
 public:
@@ -34,4 +38,21 @@ private:
 
     Redirection m_output;
     Redirection m_error;
+    QtMessageHandler m_messageHandler;
 };
+
+struct Output
+{
+    QByteArray standardOutput;
+    QByteArray standardError;
+};
+
+/// What the process writes while @p action runs. Compare afterwards: a failure that is reported
+/// during the capture goes into it.
+template<class Action>
+Output outputOf(const Action &action)
+{
+    const OutputCapture capture;
+    action();
+    return {capture.standardOutput(), capture.standardError()};
+}

@@ -1,6 +1,8 @@
-#include <PythonQt.h>
+#include "InterpreterLock.h"
 
 #include "PluginHost.h"
+
+#include <PythonQt.h>
 
 #include <QDir>
 #include <QDockWidget>
@@ -12,21 +14,16 @@
 #include "oxKernelServiceFactory.h"
 #include "oxMainWindowService.h"
 
-template struct PrivateDataAccess::Of<&oxKernelInterface::d>;
-
 namespace {
 
-class InterpreterLock
+QString writeFile(const QString &path, const QByteArray &text)
 {
-public:
-    InterpreterLock() : m_state(PyGILState_Ensure()) {}
-    ~InterpreterLock() { PyGILState_Release(m_state); }
-
-private:
-    Q_DISABLE_COPY(InterpreterLock)
-
-    PyGILState_STATE m_state;
-};
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
+        qFatal("cannot write %s", qPrintable(path));
+    return path;
+}
 
 QVariant evaluateInModule(PythonQtObjectPtr *module, const QString &text, int start)
 {
@@ -40,6 +37,8 @@ PluginHost::PluginHost()
 {
     QDir(m_folder.path()).mkdir(QStringLiteral("Scripts"));
     qputenv("OX_PLUGINS_DIR", m_folder.path().toUtf8());
+    QDir(m_folder.path()).mkpath(QStringLiteral("Base/lib/python"));
+    qputenv("OX_BASE_DIR", m_folder.filePath(QStringLiteral("Base")).toUtf8());
 
     QMenu *help = window.menuBar()->addMenu(QStringLiteral("&Help"));
     help->addAction(QStringLiteral("About"));
@@ -56,12 +55,12 @@ QString PluginHost::scripts() const
 
 QString PluginHost::write(const QString &relativePath, const QByteArray &text) const
 {
-    const QString path = scripts() + QLatin1Char('/') + relativePath;
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
-        qFatal("cannot write %s", qPrintable(path));
-    return path;
+    return writeFile(scripts() + QLatin1Char('/') + relativePath, text);
+}
+
+QString PluginHost::writeModule(const QString &relativePath, const QByteArray &text) const
+{
+    return writeFile(m_folder.filePath(QStringLiteral("Base/lib/python/")) + relativePath, text);
 }
 
 void PluginHost::clear()

@@ -11,7 +11,8 @@ class QDockWidget;
 class QMenu;
 
 /// What a process does that loads the library: a client, a main window with a menu "&Help", the
-/// real oxKernelInterface::init(), and a plugins folder with an empty subfolder "Scripts".
+/// real oxKernelInterface::init(), a plugins folder with an empty subfolder "Scripts", and a base
+/// folder with an empty lib/python.
 ///
 /// One in each process, as the interface is one.
 class PluginHost
@@ -28,6 +29,9 @@ public:
 
     /// Writes a file below the folder "Scripts", with its subfolders, and returns its full path.
     QString write(const QString &relativePath, const QByteArray &text) const;
+
+    /// Writes a Python module that plugins can import, below the base folder's lib/python.
+    QString writeModule(const QString &relativePath, const QByteArray &text) const;
 
     /// Removes everything below "Scripts" and scans once, so that no plugin is left.
     void clear();

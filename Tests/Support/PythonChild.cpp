@@ -1,0 +1,60 @@
+#include "PythonChild.h"
+
+#include <QProcess>
+
+#include <cstdio>
+
+#include "PluginHost.h"
+#include "oxKernelInterfaceRemote.h"
+
+namespace {
+
+constexpr QLatin1String separateOption("--python-child");
+constexpr QLatin1String mergedOption("--merged-python-child");
+
+PythonChildResult runChild(const QProcessEnvironment &environment, const QString &option, const QString &statements)
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    if (option == mergedOption)
+        process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(QCoreApplication::applicationFilePath(), {option, statements});
+    process.waitForFinished();
+    const bool ended = process.exitStatus() == QProcess::NormalExit && process.state() == QProcess::NotRunning;
+    return {ended ? process.exitCode() : -1, process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+} // namespace
+
+PythonChild::PythonChild()
+    : environment(QProcessEnvironment::systemEnvironment())
+{
+    for (const char *folder : {"OX_BASE_DIR", "OX_PLUGINS_DIR"})
+        environment.remove(QLatin1String(folder));
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_runtimeFolder.path());
+}
+
+PythonChildResult PythonChild::run(const QString &statements) const
+{
+    return runChild(environment, separateOption, statements);
+}
+
+PythonChildResult PythonChild::runMerged(const QString &statements) const
+{
+    return runChild(environment, mergedOption, statements);
+}
+
+bool PythonChild::isOne(const QStringList &arguments)
+{
+    return arguments.value(1) == separateOption || arguments.value(1) == mergedOption;
+}
+
+int PythonChild::main(const QStringList &arguments)
+{
+    if (arguments.value(1) == mergedOption)
+        setvbuf(stdout, nullptr, _IONBF, 0);
+    oxQRPCClient client;
+    oxKernelInterface::the()->init(&client, false);
+    PluginHost::run(arguments.value(2));
+    return 0;
+}

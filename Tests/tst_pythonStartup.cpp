@@ -1,0 +1,305 @@
+#include "InterpreterLock.h"
+
+#include "PluginHost.h"
+
+#include <PythonQt.h>
+#include <QtTest>
+
+#include "OutputCapture.h"
+#include "PrivateData.h"
+#include "PythonChild.h"
+#include "oxKernelServiceFactory.h"
+#include "oxMessageService.h"
+
+// How the interpreter is when the library has started it. The environment is that of a process,
+// so each function but those that say otherwise looks at a child process.
+class tst_pythonStartup : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void engineIsNullBeforeStart();
+    void startLeavesTheInterpreterLockFree();
+    void engineIsTheMainModule();
+    void mainModuleHasTheFiledMessageService();
+    void anotherStartBindsTheServicesAnew();
+
+    void startPrintsTheBindingOnce();
+    void searchPathBeginsBelowTheBaseFolder_data();
+    void searchPathBeginsBelowTheBaseFolder();
+    void defaultSearchPathFollows();
+    void moduleBelowTheBaseFolderIsFound_data();
+    void moduleBelowTheBaseFolderIsFound();
+    void baseFolderWithAQuoteIsASyntaxError();
+    void searchPathIsSetBeforeTheServicesAreBound();
+
+    void sysIsImportedInMain();
+    void noByteCodeIsWritten();
+    void siteIsNotImported();
+    void qtClassesAreAvailable();
+    void exitInMainDoesNotEndTheProcess();
+    void processEndsWithPythonObjectsAlive();
+};
+
+namespace {
+
+const QByteArray bindingLine("python binding: oxMessageService\n");
+
+QByteArray info(const QByteArray &line)
+{
+    return "python info: '" + line + "'\n";
+}
+
+PythonChildResult runWithBase(const QString &baseFolder, const QString &statements)
+{
+    PythonChild child;
+    child.environment.insert(QStringLiteral("OX_BASE_DIR"), baseFolder);
+    return child.run(statements);
+}
+
+} // namespace
+
+// Needs a process in which nothing was started: first of all functions.
+void tst_pythonStartup::engineIsNullBeforeStart()
+{
+    QVERIFY(!Py_IsInitialized());
+    QVERIFY(!oxKernelInterface::the()->getPythonEngine());
+    QVERIFY(!privateData(oxKernelInterface::the())->pythonEngine);
+}
+
+// The interpreter of this process; the tests that follow go on with it.
+static PluginHost *host()
+{
+    static PluginHost pluginHost;
+    return &pluginHost;
+}
+
+void tst_pythonStartup::startLeavesTheInterpreterLockFree()
+{
+    host();
+    QVERIFY(InterpreterLock::isFree());
+
+    bool isHeldByThread = false;
+    const std::unique_ptr<QThread> thread(QThread::create([&isHeldByThread] {
+        const InterpreterLock lock;
+        isHeldByThread = InterpreterLock::isHeldHere() && PyRun_SimpleString("1 + 1") == 0;
+    }));
+    thread->start();
+    QVERIFY(thread->wait(30000));
+    QVERIFY(isHeldByThread);
+    QVERIFY(InterpreterLock::isFree());
+}
+
+void tst_pythonStartup::engineIsTheMainModule()
+{
+    host();
+    PythonQtObjectPtr *engine = oxKernelInterface::the()->getPythonEngine();
+    QVERIFY(engine);
+    QCOMPARE(privateData(oxKernelInterface::the())->pythonEngine, engine);
+
+    const InterpreterLock lock;
+    QCOMPARE(engine->object(), PyImport_AddModule("__main__"));
+    QCOMPARE(engine->getVariable(QStringLiteral("__name__")).toString(), QStringLiteral("__main__"));
+}
+
+void tst_pythonStartup::mainModuleHasTheFiledMessageService()
+{
+    host();
+    QCOMPARE(PluginHost::evaluate(QStringLiteral("oxMessageService")).value<QObject *>(),
+             oxKernelServiceFactory::the()->getService<oxMessageService>());
+}
+
+void tst_pythonStartup::anotherStartBindsTheServicesAnew()
+{
+    PluginHost *started = host();
+    PythonQtObjectPtr *engine = oxKernelInterface::the()->getPythonEngine();
+    const Output output = outputOf([started] { oxKernelInterface::the()->init(&started->client, true); });
+
+    QCOMPARE(output.standardOutput, bindingLine);
+    QCOMPARE(output.standardError, QByteArray());
+    QCOMPARE(oxKernelInterface::the()->getPythonEngine(), engine);
+    QVERIFY(InterpreterLock::isFree());
+    mainModuleHasTheFiledMessageService();
+}
+
+void tst_pythonStartup::startPrintsTheBindingOnce()
+{
+    const PythonChildResult result = PythonChild().run(QString());
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.standardOutput, bindingLine);
+    QCOMPARE(result.standardError, QByteArray());
+}
+
+void tst_pythonStartup::searchPathBeginsBelowTheBaseFolder_data()
+{
+    QTest::addColumn<QString>("baseFolder");
+    QTest::addColumn<QByteArray>("inPython");
+
+    const auto add = [](const char *name, const QString &baseFolder, const QByteArray &inPython) {
+        QTest::newRow(name) << baseFolder << inPython;
+    };
+    add("unset", QString(), "");
+    add("empty", QStringLiteral(""), "");
+    add("plain", QStringLiteral("/opt/application"), "/opt/application");
+    add("not there", QStringLiteral("/no/such/folder"), "/no/such/folder");
+    add("relative", QStringLiteral("somewhere"), "somewhere");
+    add("slash at the end", QStringLiteral("/opt/"), "/opt/");
+    add("blanks", QStringLiteral("/my folder / x"), "/my folder / x");
+    add("percent signs", QStringLiteral("/100%s%n%d%%"), "/100%s%n%d%%");
+    add("single quote", QStringLiteral("/it's"), "/it's");
+    add("beyond ASCII", QStringLiteral("/gr\u00fc\u00dfe/\U0001f40d"), "/gr\xc3\xbc\xc3\x9f" "e/\xf0\x9f\x90\x8d");
+    add("backslash is Python's escape", QStringLiteral("/a\\tb\\\\c"), "/a\tb\\c");
+}
+
+void tst_pythonStartup::searchPathBeginsBelowTheBaseFolder()
+{
+    QFETCH(QString, baseFolder);
+    QFETCH(QByteArray, inPython);
+
+    const QString statements = QStringLiteral("for folder in sys.path[:4]:\n"
+                                              "    print folder\n");
+    const PythonChildResult result = baseFolder.isNull() ? PythonChild().run(statements)
+                                                         : runWithBase(baseFolder, statements);
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.standardOutput, bindingLine + info(inPython + "/lib/python/site-packages")
+                                        + info(inPython + "/examples/presentations")
+                                        + info(inPython + "/lib/python/lib-dynload") + info(inPython + "/lib/python"));
+    QCOMPARE(result.standardError, QByteArray());
+}
+
+void tst_pythonStartup::defaultSearchPathFollows()
+{
+    PythonChild child;
+    child.environment.insert(QStringLiteral("OX_BASE_DIR"), QStringLiteral("/opt"));
+    child.environment.insert(QStringLiteral("PYTHONPATH"), QStringLiteral("/first:/second"));
+    const PythonChildResult result = child.run(QStringLiteral("for folder in sys.path[3:6]:\n"
+                                                              "    print folder\n"
+                                                              "import os\n"
+                                                              "print os.path.dirname(os.__file__) in sys.path[6:]\n"));
+    QCOMPARE(result.standardOutput,
+             bindingLine + info("/opt/lib/python") + info("/first") + info("/second") + info("True"));
+    QCOMPARE(result.standardError, QByteArray());
+}
+
+void tst_pythonStartup::moduleBelowTheBaseFolderIsFound_data()
+{
+    QTest::addColumn<QString>("baseFolder");
+    QTest::addColumn<QString>("subfolder");
+
+    QTest::newRow("plain") << "base" << "lib/python";
+    QTest::newRow("extension modules") << "base" << "lib/python/lib-dynload";
+    QTest::newRow("presentations") << "base" << "examples/presentations";
+    QTest::newRow("site packages") << "base" << "lib/python/site-packages";
+    QTest::newRow("blanks") << "my base" << "lib/python";
+    QTest::newRow("percent signs") << "100%s%n" << "lib/python";
+    QTest::newRow("beyond ASCII") << QStringLiteral("gr\u00fc\u00dfe \U0001f40d") << "lib/python";
+}
+
+void tst_pythonStartup::moduleBelowTheBaseFolderIsFound()
+{
+    QFETCH(QString, baseFolder);
+    QFETCH(QString, subfolder);
+
+    const QTemporaryDir folder;
+    const QString base = folder.filePath(baseFolder);
+    QDir().mkpath(base + '/' + subfolder);
+    QFile module(base + '/' + subfolder + "/helper.py");
+    QVERIFY(module.open(QIODevice::WriteOnly));
+    module.write("print 'here', __file__\n");
+    module.close();
+
+    const PythonChildResult result = runWithBase(base, QStringLiteral("import helper"));
+    QCOMPARE(result.standardOutput, bindingLine + info("here " + module.fileName().toUtf8()));
+    QCOMPARE(result.standardError, QByteArray());
+}
+
+void tst_pythonStartup::baseFolderWithAQuoteIsASyntaxError()
+{
+    const PythonChildResult result = runWithBase(QStringLiteral("/a\"b"), QStringLiteral("print 1 + 1"));
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.standardOutput, bindingLine + info("2"));
+    QCOMPARE(result.standardError, QByteArray("python error: '  File \"<string>\", line 1'\n"
+                                              "python error: '    sys.path.insert(0, \"/a\"b/lib/python\")'\n"
+                                              "python error: '                           ^'\n"
+                                              "python error: 'SyntaxError: invalid syntax'\n"));
+}
+
+void tst_pythonStartup::searchPathIsSetBeforeTheServicesAreBound()
+{
+    PythonChild child;
+    child.environment.insert(QStringLiteral("OX_BASE_DIR"), QStringLiteral("\" + base + \""));
+    const PythonChildResult result = child.runMerged(QStringLiteral("print 'started'"));
+    QCOMPARE(result.standardOutput, QByteArray("python error: 'Traceback (most recent call last):'\n"
+                                               "python error: '  File \"<string>\", line 1, in <module>'\n"
+                                               "python error: 'NameError: name 'base' is not defined'\n")
+                                        + bindingLine + info("started"));
+}
+
+void tst_pythonStartup::sysIsImportedInMain()
+{
+    QCOMPARE(PythonChild().run(QStringLiteral("print sys.__name__")).standardOutput, bindingLine + info("sys"));
+}
+
+void tst_pythonStartup::noByteCodeIsWritten()
+{
+    const QTemporaryDir folder;
+    QDir().mkpath(folder.filePath(QStringLiteral("lib/python")));
+    QFile module(folder.filePath(QStringLiteral("lib/python/helper.py")));
+    QVERIFY(module.open(QIODevice::WriteOnly));
+    module.close();
+
+    const PythonChildResult result = runWithBase(
+        folder.path(), QStringLiteral("import helper\n"
+                                      "print sys.dont_write_bytecode, sys.flags.dont_write_bytecode\n"));
+    // The interpreter's flag says that it was set before the interpreter started.
+    QCOMPARE(result.standardOutput, bindingLine + info("True 1"));
+    QCOMPARE(result.standardError, QByteArray());
+    QCOMPARE(QDir(folder.filePath(QStringLiteral("lib/python"))).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList{QStringLiteral("helper.py")});
+}
+
+void tst_pythonStartup::siteIsNotImported()
+{
+    const QString statements = QStringLiteral("print 'site' in sys.modules, sys.flags.no_site");
+    QCOMPARE(PythonChild().run(statements).standardOutput, bindingLine + info("False 1"));
+}
+
+void tst_pythonStartup::qtClassesAreAvailable()
+{
+    const PythonChildResult result = PythonChild().run(QStringLiteral("from PythonQt.QtCore import QTimer\n"
+                                                                      "from PythonQt.QtGui import QPushButton\n"
+                                                                      "print QTimer, QPushButton('Press').text\n"));
+    QCOMPARE(result.standardError, QByteArray());
+    QCOMPARE(result.standardOutput, bindingLine + info("<class 'PythonQt.QtCore.QTimer'> Press"));
+}
+
+void tst_pythonStartup::exitInMainDoesNotEndTheProcess()
+{
+    const PythonChildResult result = PythonChild().run(QStringLiteral("sys.exit(3)"));
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.standardOutput, bindingLine);
+    QCOMPARE(result.standardError, QByteArray());
+}
+
+void tst_pythonStartup::processEndsWithPythonObjectsAlive()
+{
+    const PythonChildResult result = PythonChild().run(
+        QStringLiteral("from PythonQt.QtCore import QTimer\n"
+                       "from PythonQt.QtGui import QLabel, QWidget\n"
+                       "window = QWidget()\n"
+                       "label = QLabel('text', window)\n"
+                       "timer = QTimer()\n"
+                       "timer.connect('timeout()', lambda: None)\n"
+                       "timer.start(1)\n"
+                       "window.show()\n"
+                       "import threading, time\n"
+                       "thread = threading.Thread(target=time.sleep, args=(3600,))\n"
+                       "thread.daemon = True\n"
+                       "thread.start()\n"));
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.standardOutput, bindingLine);
+    QCOMPARE(result.standardError, QByteArray());
+}
+
+OX_TEST_MAIN_WITH_CHILD(tst_pythonStartup)
+#include "tst_pythonStartup.moc"

@@ -1,0 +1,263 @@
+#include "PluginHost.h"
+
+#include <QtTest>
+
+#include "OutputCapture.h"
+#include "PrivateData.h"
+#include "PythonChild.h"
+
+// Everything Python prints comes out line by line, tagged.
+class tst_pythonStreams : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+
+    void completeLinesArePrinted_data();
+    void completeLinesArePrinted();
+    void pythonsWritesArePutTogether_data();
+    void pythonsWritesArePutTogether();
+
+    void textEndsAtAnEmbeddedZero();
+    void partialLineWaitsForItsLineFeed();
+    void streamsHaveBuffersOfTheirOwn();
+    void buffersAreEmptyAndNotNullAtFirst();
+    void textOfAnotherThreadIsPrintedByTheEventLoop();
+    void standardErrorIsNotBufferedAndStandardOutputNotFlushed();
+    void unfinishedLastLineIsNeverPrinted();
+
+    void aMillionLinesInOneWrite();
+    void aMillionWritesWithoutLineFeed();
+
+private:
+    std::unique_ptr<PluginHost> m_host;
+};
+
+namespace {
+
+oxKernelInterface *interface()
+{
+    return oxKernelInterface::the();
+}
+
+} // namespace
+
+void tst_pythonStreams::initTestCase()
+{
+    m_host = std::make_unique<PluginHost>();
+}
+
+void tst_pythonStreams::cleanup()
+{
+    outputOf([] {
+        interface()->pythonStdOut(QStringLiteral("\n"));
+        interface()->pythonStdErr(QStringLiteral("\n"));
+    });
+}
+
+void tst_pythonStreams::completeLinesArePrinted_data()
+{
+    QTest::addColumn<QStringList>("pieces");
+    QTest::addColumn<QByteArrayList>("lines");
+
+    const auto add = [](const char *name, const QStringList &pieces, const QByteArrayList &lines) {
+        QTest::newRow(name) << pieces << lines;
+    };
+    add("one line", {"abc\n"}, {"abc"});
+    add("nothing", {""}, {});
+    add("empty pieces in between", {"", "a", "", "\n", ""}, {"a"});
+    add("two pieces", {"a", "b\n"}, {"ab"});
+    add("line feed by itself", {"ab", "\n"}, {"ab"});
+    add("character by character", {"a", "\n", "b", "\n"}, {"a", "b"});
+    add("two lines in one piece and a rest", {"x\ny\nz"}, {"x", "y"});
+    add("the rest comes later", {"x\ny\nz", "\n"}, {"x", "y", "z"});
+    add("the rest and more", {"a\nb", "c\nd", "e\n"}, {"a", "bc", "de"});
+    add("lone line feed", {"\n"}, {""});
+    add("empty lines", {"\n\n", "a\n\nb\n"}, {"", "", "a", "", "b"});
+    add("carriage return is kept", {"a\r\n", "b\rc\n"}, {"a\r", "b\rc"});
+    add("quotes are not escaped", {"it's '\n"}, {"it's '"});
+    add("percent signs", {"100% %s %n %d %%\n"}, {"100% %s %n %d %%"});
+    add("backslashes", {"a\\nb\n"}, {"a\\nb"});
+    add("tabs and blanks", {"\t a \n"}, {"\t a "});
+    add("other line separators are text", {"a\u2028b\u0085c\x0b\x0c\n"}, {"a\xe2\x80\xa8" "b\xc2\x85" "c\x0b\x0c"});
+    add("beyond ASCII", {QStringLiteral("gr\u00fc\u00df"), QStringLiteral("e \U0001f40d\n")},
+        {"gr\xc3\xbc\xc3\x9f" "e \xf0\x9f\x90\x8d"});
+    add("halves of a surrogate pair", {QString(QChar(0xd83d)), QString(QChar(0xdc0d)) + '\n'}, {"\xf0\x9f\x90\x8d"});
+}
+
+void tst_pythonStreams::completeLinesArePrinted()
+{
+    QFETCH(QStringList, pieces);
+    QFETCH(QByteArrayList, lines);
+    QByteArray infos;
+    QByteArray errors;
+    for (const QByteArray &line : lines) {
+        infos += "python info: '" + line + "'\n";
+        errors += "python error: '" + line + "'\n";
+    }
+
+    const Output infoOutput = outputOf([&pieces] {
+        for (const QString &piece : pieces)
+            interface()->pythonStdOut(piece);
+    });
+    QCOMPARE(infoOutput.standardOutput, infos);
+    QCOMPARE(infoOutput.standardError, QByteArray());
+
+    const Output errorOutput = outputOf([&pieces] {
+        for (const QString &piece : pieces)
+            interface()->pythonStdErr(piece);
+    });
+    QCOMPARE(errorOutput.standardOutput, QByteArray());
+    QCOMPARE(errorOutput.standardError, errors);
+}
+
+void tst_pythonStreams::pythonsWritesArePutTogether_data()
+{
+    QTest::addColumn<QString>("statements");
+    QTest::addColumn<QByteArray>("standardOutput");
+    QTest::addColumn<QByteArray>("standardError");
+
+    const auto add = [](const char *name, const char *statements, const char *output, const char *error) {
+        QTest::newRow(name) << QString::fromUtf8(statements) << QByteArray(output) << QByteArray(error);
+    };
+    add("print", "print 'a'", "python info: 'a'\n", "");
+    add("print of nothing", "print", "python info: ''\n", "");
+    add("print of several", "print 'a', 1, None", "python info: 'a 1 None'\n", "");
+    add("print with a comma goes on", "print 'a',\nprint 'b'", "python info: 'a b'\n", "");
+    add("print of a text with line feeds", "print 'a\\nb'", "python info: 'a'\npython info: 'b'\n", "");
+    add("bytes", "print '\\xc3\\xbc'", "python info: '\xc3\xbc'\n", "");
+    add("unicode", "print u'\\xfc'", "python info: '\xc3\xbc'\n", "");
+    add("literals beyond ASCII", "print '\xc3\xbc', u'\xc3\xbc'", "python info: '\xc3\xbc \xc3\xbc'\n", "");
+    add("writes", "sys.stdout.write('a')\nsys.stdout.write('b\\n')", "python info: 'ab'\n", "");
+    add("standard error", "print >>sys.stderr, 'a'", "", "python error: 'a'\n");
+    add("flush prints nothing", "sys.stdout.write('a')\nsys.stdout.flush()", "", "");
+    add("exception", "1 / 0", "",
+        "python error: 'Traceback (most recent call last):'\n"
+        "python error: '  File \"<string>\", line 1, in <module>'\n"
+        "python error: 'ZeroDivisionError: integer division or modulo by zero'\n");
+    add("syntax error", "a b", "",
+        "python error: '  File \"<string>\", line 1'\n"
+        "python error: '    a b'\n"
+        "python error: '      ^'\n"
+        "python error: 'SyntaxError: invalid syntax'\n");
+}
+
+void tst_pythonStreams::pythonsWritesArePutTogether()
+{
+    QFETCH(QString, statements);
+
+    const Output output = outputOf([&statements] { PluginHost::run(statements); });
+    QTEST(output.standardOutput, "standardOutput");
+    QTEST(output.standardError, "standardError");
+}
+
+// A line is handed to C's output functions.
+void tst_pythonStreams::textEndsAtAnEmbeddedZero()
+{
+    const Output output = outputOf([] {
+        const QString text = QStringLiteral("a") + QChar(0) + QStringLiteral("b\nc\n");
+        interface()->pythonStdOut(text);
+        interface()->pythonStdErr(text);
+    });
+    QCOMPARE(output.standardOutput, QByteArray("python info: 'a'\npython info: 'c'\n"));
+    QCOMPARE(output.standardError, QByteArray("python error: 'a'\npython error: 'c'\n"));
+}
+
+void tst_pythonStreams::partialLineWaitsForItsLineFeed()
+{
+    const Output nothing = outputOf([] { PluginHost::run(QStringLiteral("sys.stdout.write('early ')")); });
+    QCOMPARE(nothing.standardOutput, QByteArray());
+    QCOMPARE(privateData(interface())->stdOutBuffer, QStringLiteral("early "));
+
+    const Output line = outputOf([] { PluginHost::run(QStringLiteral("print 'late'")); });
+    QCOMPARE(line.standardOutput, QByteArray("python info: 'early late'\n"));
+    QCOMPARE(privateData(interface())->stdOutBuffer, QString());
+}
+
+void tst_pythonStreams::streamsHaveBuffersOfTheirOwn()
+{
+    const Output output = outputOf([] {
+        PluginHost::run(QStringLiteral("sys.stdout.write('out')\n"
+                                       "sys.stderr.write('err')\n"
+                                       "sys.stdout.write('put\\n')\n"
+                                       "sys.stderr.write('or\\n')\n"));
+    });
+    QCOMPARE(output.standardOutput, QByteArray("python info: 'output'\n"));
+    QCOMPARE(output.standardError, QByteArray("python error: 'error'\n"));
+}
+
+void tst_pythonStreams::buffersAreEmptyAndNotNullAtFirst()
+{
+    const oxKernelInterfaceP data;
+    QVERIFY(data.stdOutBuffer.isEmpty() && !data.stdOutBuffer.isNull());
+    QVERIFY(data.stdErrBuffer.isEmpty() && !data.stdErrBuffer.isNull());
+}
+
+void tst_pythonStreams::textOfAnotherThreadIsPrintedByTheEventLoop()
+{
+    const Output meanwhile = outputOf([] {
+        PluginHost::run(QStringLiteral("import threading\n"
+                                       "def talk():\n"
+                                       "    sys.stdout.write('from ')\n"
+                                       "    print 'a thread'\n"
+                                       "    print >>sys.stderr, 'as well'\n"
+                                       "thread = threading.Thread(target=talk)\n"
+                                       "thread.start()\n"
+                                       "thread.join()\n"
+                                       "print 'joined'\n"));
+    });
+    QCOMPARE(meanwhile.standardOutput, QByteArray("python info: 'joined'\n"));
+    QCOMPARE(meanwhile.standardError, QByteArray());
+
+    const Output later = outputOf([] { QCoreApplication::processEvents(); });
+    QCOMPARE(later.standardOutput, QByteArray("python info: 'from a thread'\n"));
+    QCOMPARE(later.standardError, QByteArray("python error: 'as well'\n"));
+}
+
+void tst_pythonStreams::standardErrorIsNotBufferedAndStandardOutputNotFlushed()
+{
+    const PythonChildResult result = PythonChild().run(QStringLiteral("import os\n"
+                                                                      "print 'lost'\n"
+                                                                      "print >>sys.stderr, 'kept'\n"
+                                                                      "os._exit(7)\n"));
+    QCOMPARE(result.exitCode, 7);
+    QCOMPARE(result.standardOutput, QByteArray());
+    QCOMPARE(result.standardError, QByteArray("python error: 'kept'\n"));
+}
+
+void tst_pythonStreams::unfinishedLastLineIsNeverPrinted()
+{
+    const PythonChildResult result = PythonChild().run(QStringLiteral("print 'finished'\n"
+                                                                      "sys.stdout.write('unfinished')\n"
+                                                                      "sys.stderr.write('unfinished')\n"));
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.standardOutput, QByteArray("python binding: oxMessageService\npython info: 'finished'\n"));
+    QCOMPARE(result.standardError, QByteArray());
+}
+
+// These two end in time only when the time is linear in the text.
+void tst_pythonStreams::aMillionLinesInOneWrite()
+{
+    const Output output = outputOf([] {
+        PluginHost::run(QStringLiteral("sys.stdout.write(('x' * 49 + '\\n') * 1000000)"));
+    });
+    const QByteArray line = "python info: '" + QByteArray(49, 'x') + "'\n";
+    QVERIFY(output.standardOutput == line.repeated(1000000));
+    QCOMPARE(output.standardError, QByteArray());
+}
+
+void tst_pythonStreams::aMillionWritesWithoutLineFeed()
+{
+    const Output output = outputOf([] {
+        PluginHost::run(QStringLiteral("for i in xrange(1000000):\n"
+                                       "    sys.stderr.write('ten bytes ')\n"
+                                       "sys.stderr.write('\\n')\n"));
+    });
+    QVERIFY(output.standardError == "python error: '" + QByteArray("ten bytes ").repeated(1000000) + "'\n");
+    QCOMPARE(output.standardOutput, QByteArray());
+}
+
+OX_TEST_MAIN_WITH_CHILD(tst_pythonStreams)
+#include "tst_pythonStreams.moc"
