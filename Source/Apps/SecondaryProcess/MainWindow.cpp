@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QStatusBar>
@@ -9,7 +10,9 @@
 
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent)
+    , m_message(new QLabel(tr("Open a panel in the menu Scripts; F5 reloads the plugins.")))
 {
+    m_message->setTextFormat(Qt::PlainText);
     setWindowTitle(tr("Secondary process"));
     setCentralWidget(new RenderView);
     resize(1100, 700);
@@ -22,20 +25,20 @@ MainWindow::MainWindow(QWidget *parent)
     QMenu *help = menuBar()->addMenu(tr("&Help"));
     help->addAction(tr("&About"), this, &MainWindow::showAbout);
 
-    statusBar()->showMessage(tr("Open a panel in the menu Scripts; F5 reloads the plugins."));
+    statusBar()->addWidget(m_message, 1); // stays, unlike a shown message, when a menu is opened
 }
 
 void MainWindow::showMessage(oxMessageService::Severity severity, const QString &text)
 {
     switch (severity) {
     case oxMessageService::Information:
-        statusBar()->showMessage(text);
+        m_message->setText(text);
         break;
     case oxMessageService::Warning:
-        statusBar()->showMessage(tr("Warning: %1").arg(text));
+        m_message->setText(tr("Warning: %1").arg(text));
         break;
     case oxMessageService::Error:
-        statusBar()->showMessage(tr("Error: %1").arg(text));
+        m_message->setText(tr("Error: %1").arg(text));
         break;
     }
 }

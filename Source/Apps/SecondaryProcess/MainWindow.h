@@ -4,6 +4,8 @@
 
 #include "oxMessageService.h"
 
+class QLabel;
+
 /// The window of the secondary process: the render view, the menus, and the messages of scripts
 /// in the status bar.
 class MainWindow : public QMainWindow
@@ -21,4 +23,6 @@ Q_SIGNALS:
 
 private:
     void showAbout();
+
+    QLabel *m_message;
 };
