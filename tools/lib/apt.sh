@@ -4,22 +4,19 @@
 # Prints the archive that this machine installs Debian itself from, as the start of a line of a sources list:
 # "[signed-by=...] address". The keyrings are those of the machine's entry and of debian-archive-keyring.
 debian_archive() {
-  local codename release address entry keyrings='' own file
-  # shellcheck disable=SC2016 # apt-get fills these in
-  local format='$(RELEASE)|$(REPO_URI)|$(SOURCESENTRY)'
+  local codename uris address file keyrings=''
   # shellcheck source=/dev/null
   codename=$(. /etc/os-release && printf '%s' "${VERSION_CODENAME:-}")
-  while IFS='|' read -r release address entry; do
-    [[ $release == "$codename" || $release == stable || $release == oldstable ]] || continue
-    # entry is "file:number"
-    own=$(sed -nE 's/.*[Ss]igned-[Bb]y[:=][[:space:]]*(\/[^],[:space:]]+).*/\1/p' "${entry%:*}" | head -n 1)
-    for file in $own /usr/share/keyrings/debian-archive-keyring.gpg; do
-      if [[ -e $file && ,$keyrings, != *,$file,* ]]; then keyrings=${keyrings:+$keyrings,}$file; fi
-    done
-    printf '%s%s\n' "${keyrings:+[signed-by=$keyrings] }" "$address"
-    return 0
-  done < <(apt-get indextargets --format "$format" 'Created-By: Packages' 'Component: main')
-  return 1
+  # apt knows all forms that an entry can have, and tells its addresses even before the first update
+  uris=$(apt-get update --print-uris)
+  address=$(sed -nE "s#^'(.*/)dists/($codename|stable|oldstable)/main/binary-.*#\1#p" <<<"$uris" | head -n 1)
+  [[ -n $address ]] || return 1
+  for file in $(grep -rlF "${address%/}" /etc/apt/sources.list /etc/apt/sources.list.d 2>/dev/null |
+    xargs -r sed -nE 's/.*[Ss]igned-[Bb]y[:=][[:space:]]*(\/[^],[:space:]]+).*/\1/p' | head -n 1) \
+    /usr/share/keyrings/debian-archive-keyring.gpg; do
+    if [[ -e $file && ,$keyrings, != *,$file,* ]]; then keyrings=${keyrings:+$keyrings,}$file; fi
+  done
+  printf '%s%s\n' "${keyrings:+[signed-by=$keyrings] }" "$address"
 }
 
 # private_apt FOLDER: makes FOLDER the place for apt's lists, downloads, sources and pins, and sets the array apt_options.
