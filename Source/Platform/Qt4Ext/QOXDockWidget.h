@@ -22,7 +22,8 @@ public:
 
     /// With true, the dock becomes a tool window of its parent. The first time it is shown it
     /// takes the size that its content asks for, whatever size it had, and a free place along
-    /// the right edge of the parent's central area. With false, it goes back into its parent.
+    /// the right edge of the parent's central area. With false, it goes back to the dock area
+    /// that it came from; one that was in none stays a tool window.
     virtual void setToolWindow(bool on);
 
     QString menuName() const;
