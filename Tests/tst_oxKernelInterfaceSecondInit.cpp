@@ -1,0 +1,150 @@
+#include "InterpreterLock.h"
+
+#include <PythonQt.h>
+
+#include <QTest>
+
+#include "OutputCapture.h"
+#include "PrivateData.h"
+#include "oxKernelServiceFactory.h"
+#include "oxMessageService.h"
+#include "oxQRPCClient.h"
+
+namespace {
+
+const QByteArray bindingLine = "python binding: oxMessageService\n";
+
+QList<oxBaseService *> services()
+{
+    return oxKernelServiceFactory::the()->getServices();
+}
+
+QVector<QPointer<oxBaseService>> watched(const QList<oxBaseService *> &services)
+{
+    QVector<QPointer<oxBaseService>> pointers;
+    for (oxBaseService *service : services)
+        pointers.append(service);
+    return pointers;
+}
+
+QStringList classNames(const QList<oxBaseService *> &services)
+{
+    QStringList names;
+    for (const oxBaseService *service : services)
+        names.append(QString::fromLatin1(service->metaObject()->className()));
+    return names;
+}
+
+QVariant evaluate(const QString &expression)
+{
+    const InterpreterLock lock;
+    return oxKernelInterface::the()->getPythonEngine()->evalScript(expression, Py_eval_input);
+}
+
+} // namespace
+
+// The tests build on one another: a process has one interface.
+class tst_oxKernelInterfaceSecondInit : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void destroyingAnotherInterfaceLeavesServicesAndPythonAlive();
+    void secondInitReplacesAllServices();
+    void replacedServicesStayAlive();
+    void secondInitStoresClientAndFlag();
+    void secondInitBindsTheNewServicesOnly();
+    void secondInitPrintsTheBindingAgain();
+    void pythonRunsOnAndSeesTheNewMessageService();
+
+private:
+    oxQRPCClient m_firstClient;
+    oxQRPCClient m_secondClient;
+    QVector<QPointer<oxBaseService>> m_firstServices;
+    QStringList m_firstClasses;
+    PythonQtObjectPtr *m_firstEngine = nullptr;
+    Output m_secondOutput;
+};
+
+void tst_oxKernelInterfaceSecondInit::initTestCase()
+{
+    auto *interface = oxKernelInterface::the();
+    const Output output = outputOf([&] { interface->init(&m_firstClient, true); });
+    QCOMPARE(output.standardOutput, bindingLine);
+    QCOMPARE(privateData(interface)->initFlag, true);
+    m_firstServices = watched(services());
+    m_firstClasses = classNames(services());
+    m_firstEngine = interface->getPythonEngine();
+    QCOMPARE(m_firstServices.size(), 28);
+    evaluate(QStringLiteral("globals().update(kept='from before')"));
+}
+
+void tst_oxKernelInterfaceSecondInit::destroyingAnotherInterfaceLeavesServicesAndPythonAlive()
+{
+    auto *other = new oxKernelInterface;
+    *privateData(other) = *privateData(oxKernelInterface::the());
+    delete other;
+
+    QCOMPARE(watched(services()), m_firstServices);
+    QVERIFY(!m_firstServices.contains(nullptr));
+    QCOMPARE(m_firstClient.services().size(), 28);
+    QCOMPARE(oxKernelInterface::the()->getPythonEngine(), m_firstEngine);
+    QCOMPARE(evaluate(QStringLiteral("kept")).toString(), QStringLiteral("from before"));
+}
+
+void tst_oxKernelInterfaceSecondInit::secondInitReplacesAllServices()
+{
+    m_secondOutput = outputOf([this] { oxKernelInterface::the()->init(&m_secondClient, false); });
+
+    QCOMPARE(classNames(services()), m_firstClasses);
+    const QVector<QPointer<oxBaseService>> second = watched(services());
+    for (const auto &service : second)
+        QVERIFY2(!m_firstServices.contains(service), service->metaObject()->className());
+}
+
+void tst_oxKernelInterfaceSecondInit::replacedServicesStayAlive()
+{
+    for (const auto &service : qAsConst(m_firstServices)) {
+        QVERIFY(service);
+        QCOMPARE(service->client(), &m_firstClient);
+    }
+}
+
+void tst_oxKernelInterfaceSecondInit::secondInitStoresClientAndFlag()
+{
+    QCOMPARE(privateData(oxKernelInterface::the())->client, &m_secondClient);
+    QCOMPARE(privateData(oxKernelInterface::the())->initFlag, false);
+}
+
+void tst_oxKernelInterfaceSecondInit::secondInitBindsTheNewServicesOnly()
+{
+    QCOMPARE(m_firstClient.services().size(), 28);
+    QList<QObject *> expected;
+    const QList<oxBaseService *> all = services();
+    for (oxBaseService *service : all) {
+        QCOMPARE(service->client(), &m_secondClient);
+        expected.append(service);
+    }
+    QCOMPARE(m_secondClient.services(), expected);
+}
+
+void tst_oxKernelInterfaceSecondInit::secondInitPrintsTheBindingAgain()
+{
+    QCOMPARE(m_secondOutput.standardOutput, bindingLine);
+    QCOMPARE(m_secondOutput.standardError, QByteArray());
+}
+
+void tst_oxKernelInterfaceSecondInit::pythonRunsOnAndSeesTheNewMessageService()
+{
+    QVERIFY(InterpreterLock::isFree());
+    QCOMPARE(oxKernelInterface::the()->getPythonEngine(), m_firstEngine);
+    QCOMPARE(evaluate(QStringLiteral("kept")).toString(), QStringLiteral("from before"));
+
+    auto *message = oxKernelServiceFactory::the()->getService<oxMessageService>();
+    message->setObjectName(QStringLiteral("the new one"));
+    QCOMPARE(evaluate(QStringLiteral("oxMessageService.objectName")).toString(), QStringLiteral("the new one"));
+}
+
+QTEST_MAIN(tst_oxKernelInterfaceSecondInit)
+#include "tst_oxKernelInterfaceSecondInit.moc"
