@@ -1,7 +1,7 @@
 #include "QOXDockWidget.h"
 
+#include <QEvent>
 #include <QMainWindow>
-#include <QShowEvent>
 
 #include <algorithm>
 
@@ -41,13 +41,14 @@ QString QOXDockWidget::menuName() const
     return m_menuName;
 }
 
-void QOXDockWidget::showEvent(QShowEvent *event)
+// Ahead of QDockWidget, which takes a shown dock of no size for one that cannot be seen.
+bool QOXDockWidget::event(QEvent *event)
 {
-    if (m_placeOnShow && !event->spontaneous()) {
+    if (m_placeOnShow && event->type() == QEvent::Show && !event->spontaneous()) {
         m_placeOnShow = false;
         takePlaceAtParent();
     }
-    QDockWidget::showEvent(event);
+    return QDockWidget::event(event);
 }
 
 // In columns from the right, below the panels that are open; in the corner where all is full.

@@ -29,7 +29,7 @@ public:
     QString menuName() const;
 
 protected:
-    void showEvent(QShowEvent *event) override;
+    bool event(QEvent *event) override;
 
 private:
     void takePlaceAtParent();
