@@ -19,19 +19,43 @@ public:
     QObject *lent = nullptr;
 
 // moc reads this as the compiler does.
-#define DECLARE_SLOTS(Class, Levels, Container, Python) \
-public Q_SLOTS: \
-    QList<Class> give_##Class() const { return list<Class>(); } \
-    QList<Class> exchange_##Class(const QList<Class> &objects) { return take(objects); }
+#define DECLARE_SLOTS(Class, Levels, Container, Python)                                                                \
+public Q_SLOTS:                                                                                                        \
+    QList<Class> give_##Class() const                                                                                  \
+    {                                                                                                                  \
+        return list<Class>();                                                                                          \
+    }                                                                                                                  \
+    QList<Class> exchange_##Class(const QList<Class> &objects)                                                         \
+    {                                                                                                                  \
+        return take(objects);                                                                                          \
+    }
     OXD_CLASSES(DECLARE_SLOTS)
 #undef DECLARE_SLOTS
 
-    QVariant giveListInVariant() const { return QVariant::fromValue(list<oxdMaterial>()); }
-    QVariant giveVectorInVariant() const { return QVariant::fromValue(list<oxdMaterial>().toVector()); }
-    QVariant giveObjectInVariant() const { return QVariant::fromValue(list<oxdMaterial>().first()); }
-    oxdMaterial giveObject() const { return list<oxdMaterial>().first(); }
-    void takeVariant(const QVariant &variant) { takenVariant = variant; }
-    QObject *lend() const { return lent; }
+    QVariant giveListInVariant() const
+    {
+        return QVariant::fromValue(list<oxdMaterial>());
+    }
+    QVariant giveVectorInVariant() const
+    {
+        return QVariant::fromValue(list<oxdMaterial>().toVector());
+    }
+    QVariant giveObjectInVariant() const
+    {
+        return QVariant::fromValue(list<oxdMaterial>().first());
+    }
+    oxdMaterial giveObject() const
+    {
+        return list<oxdMaterial>().first();
+    }
+    void takeVariant(const QVariant &variant)
+    {
+        takenVariant = variant;
+    }
+    QObject *lend() const
+    {
+        return lent;
+    }
 
 private:
     template<class T>

@@ -36,27 +36,26 @@ DataObjectClass describe(const char *name, int levels)
     static_assert(std::is_base_of_v<oxDecouplingDispatcher, T>);
     static_assert(std::is_same_v<T, oxdObject> || derivesVirtually<T>);
     static_assert(!std::is_convertible_v<quint64, T>);
-    return {name,
-            levels,
-            &T::staticMetaObject,
-            sizeof(T),
-            [](quint64 id) -> std::unique_ptr<oxdObject> {
-                if constexpr (std::is_same_v<T, oxdObject>) {
-                    auto object = std::make_unique<oxdObject>();
-                    object->initialize(id);
-                    return object;
-                } else {
-                    return std::make_unique<T>(id);
-                }
-            },
-            []() -> std::unique_ptr<oxdObject> { return std::make_unique<T>(); },
-            [](const oxdObject &object) -> std::unique_ptr<oxdObject> {
-                return std::make_unique<T>(dynamic_cast<const T &>(object));
-            },
-            [](oxdObject &target, const oxdObject &object) {
-                dynamic_cast<T &>(target) = dynamic_cast<const T &>(object);
-            },
-            [](QObject *object) { return dynamic_cast<T *>(object) != nullptr; }};
+    return {
+        name,
+        levels,
+        &T::staticMetaObject,
+        sizeof(T),
+        [](quint64 id) -> std::unique_ptr<oxdObject> {
+            if constexpr (std::is_same_v<T, oxdObject>) {
+                auto object = std::make_unique<oxdObject>();
+                object->initialize(id);
+                return object;
+            } else {
+                return std::make_unique<T>(id);
+            }
+        },
+        []() -> std::unique_ptr<oxdObject> { return std::make_unique<T>(); },
+        [](const oxdObject &object) -> std::unique_ptr<oxdObject> {
+            return std::make_unique<T>(dynamic_cast<const T &>(object));
+        },
+        [](oxdObject &target, const oxdObject &object) { dynamic_cast<T &>(target) = dynamic_cast<const T &>(object); },
+        [](QObject *object) { return dynamic_cast<T *>(object) != nullptr; }};
 }
 
 const QVector<DataObjectClass> &classes()
@@ -72,7 +71,7 @@ const DataObjectClass &currentClass()
     return classes().at(row);
 }
 
-}
+} // namespace
 
 // The test executable's definition comes before the library's, also for the library's own calls.
 void oxdObject::initialize(unsigned long long id)

@@ -23,7 +23,7 @@ void loseStreamOperators()
     QVERIFY(saved(T()).isEmpty());
 }
 
-}
+} // namespace
 
 /// The first tests need meta-types that nobody has registered yet: the process does not run init.
 class tst_oxdObjectManager : public QObject

@@ -5,24 +5,13 @@
 
 #include "Exchanger.h"
 #include "ExpectedTypes.h"
+#include "InterpreterLock.h"
 #include "oxKernelInterfaceRemote.h"
 #include "oxQRPCClient.h"
 
 namespace {
 
 using Ids = QVector<quint64>;
-
-class InterpreterLock
-{
-public:
-    InterpreterLock() : m_state(PyGILState_Ensure()) {}
-    ~InterpreterLock() { PyGILState_Release(m_state); }
-
-private:
-    Q_DISABLE_COPY(InterpreterLock)
-
-    PyGILState_STATE m_state;
-};
 
 void addClassRows()
 {
@@ -53,7 +42,7 @@ Ids ids(const QList<T> &list)
     return result;
 }
 
-}
+} // namespace
 
 /// Lists of data objects between C++ and real scripts, in a process that has run init.
 class tst_oxdPython : public QObject
@@ -225,10 +214,12 @@ void tst_oxdPython::wrongItemsBecomeEmptyObjects()
 {
     QFETCH(QString, name);
     // A timer is no material, and the other way round: one of the two is wrong for every class but the roots.
-    const QString other = name == QLatin1String("oxdTimer") ? QStringLiteral("oxdMaterial") : QStringLiteral("oxdTimer");
+    const QString other =
+        name == QLatin1String("oxdTimer") ? QStringLiteral("oxdMaterial") : QStringLiteral("oxdTimer");
     const bool isBaseOfOther = name == QLatin1String("oxdObject") || name == QLatin1String("oxdBaseObject");
     const QString items = QStringLiteral("[None, 5, exchanger, oxKernelServices.%1, exchanger.give_%2()[1],"
-                                         " exchanger.give_%1()[2]]").arg(name, other);
+                                         " exchanger.give_%1()[2]]")
+                              .arg(name, other);
     QCOMPARE(evaluate(QStringLiteral("len(exchanger.exchange_%1(%2))").arg(name, items)).toInt(), 6);
     QCOMPARE(m_exchanger.taken, Ids({0, 0, 0, 0, isBaseOfOther ? 2u : 0u, 3}));
 }
@@ -353,20 +344,19 @@ void tst_oxdPython::unusualSequences_data()
 
     QTest::newRow("every item raises") << QByteArray("return 3") << QByteArray("raise ValueError()") << true
                                        << Ids({0, 0, 0});
-    QTest::newRow("fewer items than claimed") << QByteArray("return 5") << QByteArray("return given[index]") << true
-                                              << Ids({1, 2, 3, 0, 0});
+    QTest::newRow("fewer items than claimed")
+        << QByteArray("return 5") << QByteArray("return given[index]") << true << Ids({1, 2, 3, 0, 0});
     QTest::newRow("asks to exit") << QByteArray("return 1") << QByteArray("raise SystemExit()") << true << Ids({0});
     QTest::newRow("length raises") << QByteArray("raise ValueError()") << QByteArray("return given[0]") << false
                                    << Ids();
     QTest::newRow("negative length") << QByteArray("return -1") << QByteArray("return given[0]") << false << Ids();
-    QTest::newRow("length is no number") << QByteArray("return 'x'") << QByteArray("return given[0]") << false
-                                         << Ids();
-    QTest::newRow("length beyond a machine word") << QByteArray("return sys.maxint * 2") << QByteArray("return given[0]")
-                                                  << false << Ids();
+    QTest::newRow("length is no number") << QByteArray("return 'x'") << QByteArray("return given[0]") << false << Ids();
+    QTest::newRow("length beyond a machine word")
+        << QByteArray("return sys.maxint * 2") << QByteArray("return given[0]") << false << Ids();
     QTest::newRow("longest length") << QByteArray("return sys.maxint") << QByteArray("return given[0]") << false
                                     << Ids();
-    QTest::newRow("length of two billion") << QByteArray("return 2**31 - 1") << QByteArray("raise IndexError()")
-                                           << false << Ids();
+    QTest::newRow("length of two billion")
+        << QByteArray("return 2**31 - 1") << QByteArray("raise IndexError()") << false << Ids();
 }
 
 void tst_oxdPython::unusualSequences()
@@ -376,13 +366,18 @@ void tst_oxdPython::unusualSequences()
     QFETCH(bool, isConverted);
     QFETCH(Ids, expected);
     const InterpreterLock lock;
-    for (const char *base : {"(object)", ""}) { // a class of the new style and of the old
+    for (const char *base : {"(object)", "", "(list)", "(tuple)"}) { // "": a class of the old style
         run("given = exchanger.give_oxdImage()\n"
-            "class Sequence" + QByteArray(base) + ":\n"
-            "    def __len__(self):\n"
-            "        " + length + "\n"
-            "    def __getitem__(self, index):\n"
-            "        " + item + "\n");
+            "class Sequence"
+            + QByteArray(base)
+            + ":\n"
+              "    def __len__(self):\n"
+              "        "
+            + length
+            + "\n"
+              "    def __getitem__(self, index):\n"
+              "        "
+            + item + "\n");
         QList<oxdImage> list;
         const bool converted = convert(object("Sequence()"), &list);
         QVERIFY(!PyErr_Occurred());

@@ -32,8 +32,16 @@ QByteArray vectorName(const char *className)
 class Value
 {
 public:
-    explicit Value(int type) : m_type(type), m_data(QMetaType::create(type)) {}
-    Value(const Value &other) : m_type(other.m_type), m_data(QMetaType::create(m_type, other.m_data)) {}
+    explicit Value(int type)
+        : m_type(type)
+        , m_data(QMetaType::create(type))
+    {
+    }
+    Value(const Value &other)
+        : m_type(other.m_type)
+        , m_data(QMetaType::create(m_type, other.m_data))
+    {
+    }
     ~Value() { QMetaType::destroy(m_type, m_data); }
     Value &operator=(const Value &) = delete;
 
@@ -78,7 +86,7 @@ QByteArray hex(const char *digits)
     return QByteArray::fromHex(digits);
 }
 
-}
+} // namespace
 
 // Stands in for the kernel's own: the test executable's definition comes before the library's.
 void oxdObjectManager::registerExternalType(unsigned long long kernelType, unsigned long long externalType)
@@ -124,7 +132,7 @@ void addRows()
         QTest::newRow(type.name) << QByteArray(type.name);
 }
 
-}
+} // namespace
 
 void tst_oxdRegistration::initTestCase()
 {
@@ -219,13 +227,22 @@ void tst_oxdRegistration::streamsThroughTheMetaType_data()
 void tst_oxdRegistration::streamsThroughTheMetaType()
 {
     QFETCH(QByteArray, name);
-    const QVector<QPair<QByteArray, QByteArray>> images{
-        {name, hex("0102030405060708")},
-        {listName(name), hex("00000002" "0102030405060708" "0000000000000000")},
-        {vectorName(name), hex("00000002" "0102030405060708" "0000000000000000")}};
+    const QVector<QPair<QByteArray, QByteArray>> images{{name, hex("0102030405060708")},
+                                                        {listName(name),
+                                                         hex("00000002"
+                                                             "0102030405060708"
+                                                             "0000000000000000")},
+                                                        {vectorName(name),
+                                                         hex("00000002"
+                                                             "0102030405060708"
+                                                             "0000000000000000")}};
     const QVector<QByteArray> littleEndianImages{hex("0807060504030201"),
-                                                 hex("02000000" "0807060504030201" "0000000000000000"),
-                                                 hex("02000000" "0807060504030201" "0000000000000000")};
+                                                 hex("02000000"
+                                                     "0807060504030201"
+                                                     "0000000000000000"),
+                                                 hex("02000000"
+                                                     "0807060504030201"
+                                                     "0000000000000000")};
     for (int i = 0; i < images.size(); ++i) {
         Value value(QMetaType::type(images.at(i).first));
         QVERIFY(value.load(images.at(i).second));
@@ -244,13 +261,22 @@ void tst_oxdRegistration::metaTypeUsesTheReadersOfDataObjects_data()
 void tst_oxdRegistration::metaTypeUsesTheReadersOfDataObjects()
 {
     QFETCH(QByteArray, name);
-    const QByteArray announcesThreeHoldsTwo = hex("00000003" "0000000000000001" "0000000000000002");
+    const QByteArray announcesThreeHoldsTwo = hex("00000003"
+                                                  "0000000000000001"
+                                                  "0000000000000002");
     Value list(QMetaType::type(listName(name)));
     QVERIFY(list.load(announcesThreeHoldsTwo));
-    QCOMPARE(list.saved(), hex("00000002" "0000000000000001" "0000000000000002"));
+    QCOMPARE(list.saved(),
+             hex("00000002"
+                 "0000000000000001"
+                 "0000000000000002"));
     Value vector(QMetaType::type(vectorName(name)));
     QVERIFY(vector.load(announcesThreeHoldsTwo));
-    QCOMPARE(vector.saved(), hex("00000003" "0000000000000001" "0000000000000002" "0000000000000000"));
+    QCOMPARE(vector.saved(),
+             hex("00000003"
+                 "0000000000000001"
+                 "0000000000000002"
+                 "0000000000000000"));
 }
 
 void tst_oxdRegistration::travelsInVariants_data()
@@ -261,9 +287,11 @@ void tst_oxdRegistration::travelsInVariants_data()
 void tst_oxdRegistration::travelsInVariants()
 {
     QFETCH(QByteArray, name);
-    const QByteArray elements = hex("00000002" "0000000000000001" "0000000000000002");
-    for (const auto &[typeName, image] : {std::pair(name, hex("0000000000000001")), {listName(name), elements},
-                                          {vectorName(name), elements}}) {
+    const QByteArray elements = hex("00000002"
+                                    "0000000000000001"
+                                    "0000000000000002");
+    for (const auto &[typeName, image] :
+         {std::pair(name, hex("0000000000000001")), {listName(name), elements}, {vectorName(name), elements}}) {
         Value value(QMetaType::type(typeName));
         QVERIFY(value.load(image));
 
@@ -293,7 +321,9 @@ void tst_oxdRegistration::containersAreIterable()
     };
     for (const QByteArray &container : {listName(name), vectorName(name)}) {
         Value value(QMetaType::type(container));
-        QVERIFY(value.load(hex("00000002" "0000000000000001" "0000000000000002")));
+        QVERIFY(value.load(hex("00000002"
+                               "0000000000000001"
+                               "0000000000000002")));
         const QVariant variant = value.variant();
         QVERIFY(variant.canConvert<QVariantList>());
         const auto iterable = variant.value<QSequentialIterable>();

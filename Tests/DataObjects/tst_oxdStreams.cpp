@@ -75,7 +75,11 @@ void discardsOldContent(const QByteArray &data, const QVector<quint64> &expected
 class Pipe : public QIODevice
 {
 public:
-    explicit Pipe(QByteArray data) : m_data(std::move(data)) { open(ReadOnly | Unbuffered); }
+    explicit Pipe(QByteArray data)
+        : m_data(std::move(data))
+    {
+        open(ReadOnly | Unbuffered);
+    }
 
     bool isSequential() const override { return true; }
     qint64 bytesAvailable() const override { return m_data.size() + QIODevice::bytesAvailable(); }
@@ -94,7 +98,7 @@ private:
     QByteArray m_data;
 };
 
-}
+} // namespace
 
 class tst_oxdStreams : public QObject
 {
@@ -131,13 +135,18 @@ void tst_oxdStreams::imageIsByteForByte()
     QByteArray data;
     QDataStream stream(&data, QIODevice::WriteOnly);
     stream << QList<oxdTimer>{oxdTimer(0x0102030405060708), oxdTimer()};
-    QCOMPARE(data.toHex(), QByteArray("00000002" "0102030405060708" "0000000000000000"));
+    QCOMPARE(data.toHex(),
+             QByteArray("00000002"
+                        "0102030405060708"
+                        "0000000000000000"));
 
     data.clear();
     stream.device()->seek(0);
     stream.setByteOrder(QDataStream::LittleEndian);
     stream << QVector<oxdTimer>{oxdTimer(0x0102030405060708)};
-    QCOMPARE(data.toHex(), QByteArray("01000000" "0807060504030201"));
+    QCOMPARE(data.toHex(),
+             QByteArray("01000000"
+                        "0807060504030201"));
 }
 
 void tst_oxdStreams::shortListGivesShortList()

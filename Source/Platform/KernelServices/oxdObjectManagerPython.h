@@ -12,6 +12,7 @@
 #include <QString>
 
 #include <limits>
+#include <typeinfo>
 
 #include "oxdObject.h"
 #include "oxdObjectManager.h"
@@ -28,30 +29,47 @@ PyObject *wrapCopy(const T &object, const QByteArray &className)
     return PythonQt::priv()->wrapPtr(copy, className, true);
 }
 
+/// The Python type of T's wrappers, which lives as long as Python; null before T is known to Python.
+template<class T>
+const void *wrapperType()
+{
+    PythonQtClassInfo *info = PythonQt::priv()->getClassInfo(&T::staticMetaObject);
+    return info ? info->pythonQtClassWrapper() : nullptr;
+}
+
 /// The living T that is wrapped; null for everything else, and for null.
+///
+/// Nearly all items are of just the class T: these are found without a walk through their bases,
+/// neither those in Python nor those in C++.
 template<class T>
 const T *unwrap(PyObject *item)
 {
-    if (!item || !PyObject_TypeCheck(item, &PythonQtInstanceWrapper_Type))
+    static const void *const usualType = wrapperType<T>();
+    if (!item || (Py_TYPE(item) != usualType && !PyObject_TypeCheck(item, &PythonQtInstanceWrapper_Type)))
         return nullptr;
-    return dynamic_cast<const T *>(reinterpret_cast<PythonQtInstanceWrapper *>(item)->_obj.data());
+    const QObject *object = reinterpret_cast<PythonQtInstanceWrapper *>(item)->_obj.data();
+    if (object && typeid(*object) == typeid(T))
+        return static_cast<const T *>(dynamic_cast<const void *>(object));
+    return dynamic_cast<const T *>(object);
 }
 
 /// The length of a sequence that can be converted; negative for one that cannot. Leaves no error.
 ///
-/// Lists and tuples have the items that they say they have. Other sequences merely claim a length,
-/// which nothing need stand behind, and each item that is claimed costs an object.
+/// Lists and tuples have the items that they say they have. Other sequences, their subclasses too,
+/// merely claim a length, which nothing need stand behind, and each item that is claimed costs an
+/// object.
 inline Py_ssize_t convertibleLength(PyObject *sequence)
 {
     constexpr Py_ssize_t longestClaim = 1 << 24;
+    constexpr Py_ssize_t longestList = std::numeric_limits<int>::max() / 2; // a QList counts with int
     const Py_ssize_t length = PySequence_Size(sequence);
     if (length < 0)
         PyErr_Clear();
-    const bool holdsItsItems = PyList_Check(sequence) || PyTuple_Check(sequence);
-    return length > (holdsItsItems ? std::numeric_limits<int>::max() : longestClaim) ? -1 : length;
+    const bool holdsItsItems = PyList_CheckExact(sequence) || PyTuple_CheckExact(sequence);
+    return length > (holdsItsItems ? longestList : longestClaim) ? -1 : length;
 }
 
-}
+} // namespace oxdPython
 
 template<class T>
 void oxdObjectManager::registerToPython()
@@ -102,6 +120,8 @@ bool oxdObjectManager::convertToQListOfType(PyObject *sequence, void *list, int,
     if (length < 0)
         return false;
     QList<T> &objects = *static_cast<QList<T> *>(list);
+    if (length > 0)
+        objects.reserve(int(objects.size() + length));
     for (Py_ssize_t i = 0; i < length; ++i) {
         PyObject *item = PySequence_GetItem(sequence, i);
         if (!item)

@@ -60,15 +60,15 @@ QDataStream &readVector(QDataStream &stream, QVector<T> &vector)
     return stream;
 }
 
-}
+} // namespace
 
-#define OXD_DEFINE_STREAM_READERS(Class, Levels, Container, Python) \
-    QDataStream &operator>>(QDataStream &stream, QList<Class> &list) \
-    { \
-        return readList(stream, list); \
-    } \
-    QDataStream &operator>>(QDataStream &stream, QVector<Class> &vector) \
-    { \
-        return readVector(stream, vector); \
+#define OXD_DEFINE_STREAM_READERS(Class, Levels, Container, Python)                                                    \
+    QDataStream &operator>>(QDataStream &stream, QList<Class> &list)                                                   \
+    {                                                                                                                  \
+        return readList(stream, list);                                                                                 \
+    }                                                                                                                  \
+    QDataStream &operator>>(QDataStream &stream, QVector<Class> &vector)                                               \
+    {                                                                                                                  \
+        return readVector(stream, vector);                                                                             \
     }
 OXD_CLASSES(OXD_DEFINE_STREAM_READERS)

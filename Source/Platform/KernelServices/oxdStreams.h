@@ -29,9 +29,9 @@ template<class T>
 class QVector;
 QT_END_NAMESPACE
 
-#define OXD_DECLARE_STREAM_READERS(Class, Levels, Container, Python) \
-    class Class; \
-    OXKERNELSERVICES_EXPORT QDataStream &operator>>(QDataStream &stream, QList<Class> &list); \
+#define OXD_DECLARE_STREAM_READERS(Class, Levels, Container, Python)                                                   \
+    class Class;                                                                                                       \
+    OXKERNELSERVICES_EXPORT QDataStream &operator>>(QDataStream &stream, QList<Class> &list);                          \
     OXKERNELSERVICES_EXPORT QDataStream &operator>>(QDataStream &stream, QVector<Class> &vector);
 OXD_CLASSES(OXD_DECLARE_STREAM_READERS)
 #undef OXD_DECLARE_STREAM_READERS

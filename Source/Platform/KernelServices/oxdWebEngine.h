@@ -25,8 +25,7 @@ QT_BEGIN_NAMESPACE
 /// Deliberate: the flags of the enumeration's meta-type ask for construction and destruction, which
 /// no enumeration needs and Q_DECLARE_TYPEINFO takes back for a trivial type.
 template<>
-class QTypeInfo<oxdWebEngine::TextureSlotType>
-    : public QTypeInfoMerger<oxdWebEngine::TextureSlotType, qint32>
+class QTypeInfo<oxdWebEngine::TextureSlotType> : public QTypeInfoMerger<oxdWebEngine::TextureSlotType, qint32>
 {
 public:
     enum { isComplex = true };
