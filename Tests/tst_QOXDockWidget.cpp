@@ -72,6 +72,8 @@ private Q_SLOTS:
     void toolWindowThatWasInNoDockAreaStaysOne();
     void takesItsContentsSizeWhenFirstShown();
     void takesItsContentsSizeAlsoWithoutAParent();
+    void tellsThatItIsVisibleWhenFirstShown_data();
+    void tellsThatItIsVisibleWhenFirstShown();
     void keepsTheUsersSizeAndPlaceWhenShownAgain();
     void standsAtTheRightEdgeOfTheCentralArea();
     void takesAFreePlaceBesideOpenPanels();
@@ -164,6 +166,28 @@ void tst_QOXDockWidget::takesItsContentsSizeAlsoWithoutAParent()
     dock.show();
 
     QCOMPARE(dock.widget()->size(), QSize(240, 130));
+}
+
+void tst_QOXDockWidget::tellsThatItIsVisibleWhenFirstShown_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("of some size") << QSize(200, 150);
+    QTest::newRow("of no size") << QSize(0, 0);
+    QTest::newRow("that asks for no size") << QSize();
+}
+
+// QDockWidget takes a shown dock of no size for one that cannot be seen.
+void tst_QOXDockWidget::tellsThatItIsVisibleWhenFirstShown()
+{
+    QFETCH(QSize, size);
+    Window window;
+    QOXDockWidget *dock = window.addPanel(size);
+    QVector<bool> visibility;
+    connect(dock, &QDockWidget::visibilityChanged, this, [&visibility](bool isVisible) { visibility.append(isVisible); });
+    dock->show();
+    dock->hide();
+
+    QCOMPARE(visibility, QVector<bool>({true, false}));
 }
 
 void tst_QOXDockWidget::keepsTheUsersSizeAndPlaceWhenShownAgain()

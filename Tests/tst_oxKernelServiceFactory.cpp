@@ -243,7 +243,7 @@ void tst_oxKernelServiceFactory::typesOfSlotArgumentsBecomeKnown()
     QCOMPARE(QMetaType::type("ArgumentOfASlot"), int(QMetaType::UnknownType));
     file<ServiceWithATypeOfItsOwn>();
 
-    QCOMPARE(QMetaType::type("ArgumentOfASlot"), qMetaTypeId<ArgumentOfASlot>());
+    QVERIFY(QMetaType::type("ArgumentOfASlot") != QMetaType::UnknownType);
 }
 
 QTEST_GUILESS_MAIN(tst_oxKernelServiceFactory)

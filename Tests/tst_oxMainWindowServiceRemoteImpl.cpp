@@ -279,13 +279,12 @@ void tst_oxMainWindowServiceRemoteImpl::helpEntryWithoutAMenuIsNotTheHelpMenu()
 
 void tst_oxMainWindowServiceRemoteImpl::helpMenuInsideAnotherMenuIsNotTheHelpMenu()
 {
-    QMainWindow window;
-    window.menuBar()->addMenu(QStringLiteral("&File"))->addMenu(QStringLiteral("&Help"))->addAction(QStringLiteral("About"));
-    oxMainWindowServiceRemoteImpl service;
-    service.setWidget(&window);
-    service.addModule(module, tools, new QLabel, QString(), QIcon(), QString(), Qt::NoDockWidgetArea);
+    Window window;
+    window.menu(QStringLiteral("&File"))->addMenu(QStringLiteral("&Help"))->addAction(QStringLiteral("About"));
+    window.service.setWidget(&window);
+    window.add(module, tools);
 
-    QCOMPARE(titles(window.menuBar()->actions()), QStringList({"&File", "Tools"}));
+    QCOMPARE(window.menuTitles(), QStringList({"&File", "Tools", "&Help"}));
 }
 
 void tst_oxMainWindowServiceRemoteImpl::helpMenuIsLookedForOnlyWhenTheWindowIsSet()
