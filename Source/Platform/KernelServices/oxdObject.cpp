@@ -5,10 +5,9 @@
 oxdObject::oxdObject() = default;
 
 oxdObject::oxdObject(const oxdObject &other)
-    : oxDecouplingDispatcher()
-    , QObject()
-    , m_objectId(other.m_objectId)
+    : oxdObject()
 {
+    m_objectId = other.m_objectId;
 }
 
 oxdObject &oxdObject::operator=(const oxdObject &other)

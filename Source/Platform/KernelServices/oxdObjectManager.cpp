@@ -31,8 +31,8 @@ unsigned long long oxdObjectManager::registerType(const QMetaObject *metaObject)
     if (!metaObject)
         return 0;
     QVector<KernelType> &types = table();
-    const auto known = std::find_if(types.cbegin(), types.cend(),
-                                    [metaObject](const KernelType &type) { return type.metaObject == metaObject; });
+    const auto *known = std::find_if(types.cbegin(), types.cend(),
+                                     [metaObject](const KernelType &type) { return type.metaObject == metaObject; });
     if (known != types.cend())
         return quint64(known - types.cbegin()) + 1;
     types.append({metaObject, 0});

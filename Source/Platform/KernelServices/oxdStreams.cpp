@@ -62,6 +62,7 @@ QDataStream &readVector(QDataStream &stream, QVector<T> &vector)
 
 } // namespace
 
+// NOLINTBEGIN(bugprone-macro-parentheses): operator>> is a name here
 #define OXD_DEFINE_STREAM_READERS(Class, Levels, Container, Python)                                                    \
     QDataStream &operator>>(QDataStream &stream, QList<Class> &list)                                                   \
     {                                                                                                                  \
@@ -71,4 +72,5 @@ QDataStream &readVector(QDataStream &stream, QVector<T> &vector)
     {                                                                                                                  \
         return readVector(stream, vector);                                                                             \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 OXD_CLASSES(OXD_DEFINE_STREAM_READERS)
