@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include <sys/resource.h>
+
 #include "oxdDataObjects.h"
 
 namespace {
@@ -120,6 +122,7 @@ private Q_SLOTS:
     void withoutDeviceListAndVectorAreEmpty();
     void hostileCountOfListCostsNothing();
     void hostileCountOfVectorGivesEmptyVector();
+    void vectorThatMemoryDoesNotHoldIsEmpty();
 };
 
 void tst_oxdStreams::writesCountAndIdsInBothByteOrders()
@@ -275,6 +278,25 @@ void tst_oxdStreams::hostileCountOfVectorGivesEmptyVector()
         QVERIFY(objects.isEmpty());
         QCOMPARE(stream.status(), QDataStream::ReadCorruptData);
     }
+}
+
+void tst_oxdStreams::vectorThatMemoryDoesNotHoldIsEmpty()
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    QSKIP("the sanitizer's own use of memory does not fit below a limit");
+#endif
+    rlimit original{};
+    QCOMPARE(getrlimit(RLIMIT_AS, &original), 0);
+    rlimit limited = original;
+    limited.rlim_cur = qMin<rlim_t>(original.rlim_max, Q_UINT64_C(8) << 30);
+    QCOMPARE(setrlimit(RLIMIT_AS, &limited), 0);
+
+    QDataStream stream(image(0x7fffffff, {1, 2}));
+    QVector<oxdMaterial> objects;
+    stream >> objects;
+    setrlimit(RLIMIT_AS, &original);
+    QVERIFY(objects.isEmpty());
+    QCOMPARE(stream.status(), QDataStream::ReadCorruptData);
 }
 
 QTEST_GUILESS_MAIN(tst_oxdStreams)
