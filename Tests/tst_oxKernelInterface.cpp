@@ -11,6 +11,9 @@
 #include "PrivateData.h"
 #include "oxKernelServiceFactory.h"
 
+// Qt's own hooks for tools that look into a process.
+extern quintptr Q_CORE_EXPORT qtHookData[];
+
 // The interface as it is before init(), which this process never calls.
 class tst_oxKernelInterface : public QObject
 {
@@ -37,9 +40,18 @@ namespace {
 
 const QString tellAtExit = QStringLiteral("--tell-when-the-interface-is-destroyed");
 
-// So that the processor does not order the threads: all call at once.
+// A thread that constructs an object lets the others come as far as they get.
+void yieldToOtherThreads(QObject *)
+{
+    for (int i = 0; i < 1000; ++i)
+        std::this_thread::yield();
+}
+
+// All threads call at once.
 QVector<oxKernelInterface *> callTheFromThreads(int count)
 {
+    constexpr int addQObject = 3;
+    qtHookData[addQObject] = reinterpret_cast<quintptr>(&yieldToOtherThreads);
     QVector<oxKernelInterface *> results(count);
     std::atomic_int waiting{count};
     std::vector<std::thread> threads;
@@ -52,6 +64,7 @@ QVector<oxKernelInterface *> callTheFromThreads(int count)
     }
     for (std::thread &thread : threads)
         thread.join();
+    qtHookData[addQObject] = 0;
     return results;
 }
 
