@@ -5,7 +5,6 @@
 #include <QGestureEvent>
 #include <QMainWindow>
 #include <QPropertyAnimation>
-#include <QTabWidget>
 #include <QTimer>
 
 #include <algorithm>
@@ -98,7 +97,7 @@ void oxRenderServiceRemoteImpl::indicateOverlay(bool on)
 
 void oxRenderServiceRemoteImpl::showOverlay()
 {
-    if (overlayState == Shown)
+    if (!panel || overlayState == Shown)
         return;
     QWidget *view = findRenderView();
     if (!view)
@@ -113,7 +112,7 @@ void oxRenderServiceRemoteImpl::showOverlay()
 
 void oxRenderServiceRemoteImpl::hideOverlay()
 {
-    if (overlayState == Hidden)
+    if (!panel || overlayState == Hidden)
         return;
     animateOverlay(panel->x(), -panel->width(), 500);
     overlayState = Hidden;
@@ -123,7 +122,7 @@ void oxRenderServiceRemoteImpl::addOverlay(const QString &name)
 {
     QOXDockWidget *dock = getDockWidget(name);
     QWidget *content = dock ? dock->widget() : nullptr;
-    if (!content)
+    if (!content || !panel)
         return;
     dock->setWidget(nullptr);
     const int current = panel->currentIndex();
@@ -140,7 +139,7 @@ void oxRenderServiceRemoteImpl::addOverlay(const QString &name)
 void oxRenderServiceRemoteImpl::subOverlay(const QString &name)
 {
     QOXDockWidget *dock = getDockWidget(name);
-    if (!dock)
+    if (!dock || !panel)
         return;
     // Deliberate: the tab drops out as its widget moves, and the loop goes on with the next
     // index: the second of two adjacent tabs of the same text is skipped.
@@ -154,7 +153,7 @@ void oxRenderServiceRemoteImpl::updateOverlay(const QString &name)
 {
     QOXDockWidget *dock = getDockWidget(name);
     QWidget *content = dock ? dock->widget() : nullptr;
-    if (!content)
+    if (!content || !panel)
         return;
     const int current = panel->currentIndex();
     const int tab = findTab(name);
@@ -197,9 +196,11 @@ bool oxRenderServiceRemoteImpl::eventFilter(QObject *watched, QEvent *event)
 
 void oxRenderServiceRemoteImpl::twTimerFinished()
 {
+    hoverTimer->stop();
+    if (!panel)
+        return;
     animateOverlay(panel->x(), 0, 300);
     overlayState = Shown;
-    hoverTimer->stop();
 }
 
 // Slides are never stopped: one that starts while another runs runs beside it.

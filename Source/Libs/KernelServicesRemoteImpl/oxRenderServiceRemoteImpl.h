@@ -1,11 +1,13 @@
 #pragma once
 
+#include <QPointer>
+#include <QTabWidget>
+
 #include "oxRenderService.h"
 #include "oxkernelservicesremoteimpl_export.h"
 
 class QOXBorderSwipeGestureRecognizer;
 class QOXDockWidget;
-class QTabWidget;
 class QTimer;
 
 /// The render service with an overlay panel: a see-through tab widget that slides in from the
@@ -13,8 +15,8 @@ class QTimer;
 ///
 /// The render view is the first widget named "RenderWindow" in the main window, or else among
 /// the application's top-level widgets. A tab is known by its text, the module's name. Without
-/// a main window, a render view or a module of the name given, operations do nothing. GUI
-/// thread only.
+/// a main window, a render view or a module of the name given, and once the view was deleted with
+/// the panel over it, operations do nothing. GUI thread only.
 class OXKERNELSERVICESREMOTEIMPL_EXPORT oxRenderServiceRemoteImpl : public oxRenderService
 {
     Q_OBJECT
@@ -57,7 +59,7 @@ private:
     int findTab(const QString &name) const;
 
     QOXBorderSwipeGestureRecognizer *swipeRecognizer = nullptr; ///< Qt's gesture manager owns it
-    QTabWidget *panel = nullptr;
+    QPointer<QTabWidget> panel; ///< goes with the render view that it was last put over
     QTimer *hoverTimer = nullptr;
     int overlayState = Hidden;
 };
