@@ -78,6 +78,7 @@ private Q_SLOTS:
 
     void pluginThatDeletesItsContainer();
     void pluginThatDeletesItsDock();
+    void pluginThatClearsItsGlobals();
     void pluginThatLoadsAllPluginsAnew();
     void pluginThatTakesItsContainerElsewhere();
 
@@ -753,6 +754,15 @@ void tst_pluginLoading::pluginThatDeletesItsDock()
     QCOMPARE(m_host.menu("Scripts")->actions().size(), 1);
     m_host.entry(key)->trigger();
     delete container();
+}
+
+void tst_pluginLoading::pluginThatClearsItsGlobals()
+{
+    QCOMPARE(loadText("globals().clear()\n").standardOutput, noBinding + loaded);
+    const Output output = loadText("print 'new'\n");
+    QCOMPARE(output.standardOutput, noBinding + info("new") + loaded);
+    // Without the built-ins the old module cannot be cleared, and needs not to be.
+    QCOMPARE(output.standardError, traceback + "python error: 'NameError: name 'dir' is not defined'\n");
 }
 
 void tst_pluginLoading::pluginThatLoadsAllPluginsAnew()

@@ -1,0 +1,4 @@
+# Nothing at all is run.
+print 'never printed'
+def broken(:
+    pass

@@ -1,0 +1,2 @@
+﻿# Begins with a byte order mark.
+print 'grüße', u'grüße'

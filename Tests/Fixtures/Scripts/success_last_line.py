@@ -1,0 +1,1 @@
+print 'no line feed at the end'
