@@ -83,29 +83,17 @@ void tst_ExamplePlugins::scanLoadsEachWithoutAnError()
         expected += QByteArray("PythonQt: yes PySide2: no\nLoaded '") + name + "' python plugin.\n";
     expected += "python info: 'Messages: type a text and press a button'\n";
 
-    QByteArray output;
-    QByteArray error;
-    {
-        const OutputCapture capture;
-        m_host->scan();
-        output = capture.standardOutput();
-        error = capture.standardError();
-    }
-    QCOMPARE(sortedLines(output), sortedLines(expected));
-    QCOMPARE(error, QByteArray());
+    const Output output = outputOf([this] { m_host->scan(); });
+    QCOMPARE(sortedLines(output.standardOutput), sortedLines(expected));
+    QCOMPARE(output.standardError, QByteArray());
     QCOMPARE(m_host->menu(QStringLiteral("Scripts"))->actions().size(), 6);
 }
 
 void tst_ExamplePlugins::reloadRepeatsItWithoutAnError()
 {
     const QPointer<QWidget> before = content("Hello");
-    QByteArray error;
-    {
-        const OutputCapture capture;
-        m_host->scan();
-        error = capture.standardError();
-    }
-    QCOMPARE(error, QByteArray());
+    const Output output = outputOf([this] { m_host->scan(); });
+    QCOMPARE(output.standardError, QByteArray());
     QVERIFY(!before);
     QCOMPARE(m_host->menu(QStringLiteral("Scripts"))->actions().size(), 6);
 }

@@ -152,13 +152,8 @@ void tst_uiTools::badFilesGiveOneClearError()
         m_host->write(QStringLiteral("panel.ui"), text);
     m_host->write(QStringLiteral("Panel.py"), "import uiTools\nuiTools.loadUiType('panel.ui')\n");
 
-    QByteArray printed;
-    {
-        const OutputCapture capture;
-        m_host->scan();
-        printed = capture.standardError();
-    }
-    const QByteArray last = printed.trimmed().split('\n').last();
+    const Output output = outputOf([this] { m_host->scan(); });
+    const QByteArray last = output.standardError.trimmed().split('\n').last();
     QCOMPARE(last, "python error: '" + error.replace("%1", file.toUtf8()) + "'");
 }
 
