@@ -47,6 +47,7 @@
 #include "oxVrpnTrackingService.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -181,16 +182,19 @@ QWidget *createContainer()
     return container;
 }
 
-// The plugin's module is about to get a new content, and its globals a new module.
+// The plugin's module is about to get a new content, and its globals a new module. Either may run
+// code of the plugin as it goes, and that code end in another scan: the record is left first.
 void discardContent(oxKernelInterfaceP::oxPluginInfo *plugin)
 {
-    delete plugin->widget;
-    plugin->widget = nullptr;
-    evalStatements(plugin->module,
+    QWidget *widget = std::exchange(plugin->widget, nullptr);
+    PythonQtObjectPtr *module = std::exchange(plugin->module, nullptr);
+    delete widget;
+    if (!module)
+        return;
+    evalStatements(module,
                    QStringLiteral("for name in dir():\n"
                                   "    del globals()[name]\n"));
-    delete plugin->module;
-    plugin->module = nullptr;
+    delete module;
 }
 
 void showInMainWindow(const QString &name, QWidget *container, bool isReload)
@@ -346,9 +350,9 @@ bool oxKernelInterface::loadPythonPlugin(const QString &path)
     QWidget *container = createContainer();
 
     const auto loaded = d->plugins.find(key);
-    const bool isReload = loaded != d->plugins.end();
-    if (isReload)
+    if (loaded != d->plugins.end())
         discardContent(&*loaded);
+    const bool isReload = d->plugins.contains(key); // not if it was swept meanwhile
 
     module->addObject(widgetVariable, container);
     module->addVariable(widgetIdVariable, QVariant(reinterpret_cast<qulonglong>(container)));
