@@ -30,7 +30,7 @@ void tst_oxPluginSource::textIsUtf8UpToTheFirstZeroByte_data()
     QTest::newRow("non-ASCII") << QByteArray("gr\xc3\xbc\xc3\x9f") << QStringLiteral("gr\u00fc\u00df");
     QTest::newRow("beyond 16 bits") << QByteArray("\xf0\x9f\x90\x8d") << QStringLiteral("\U0001f40d");
     QTest::newRow("carriage returns stay") << QByteArray("a\r\nb\rc") << QStringLiteral("a\r\nb\rc");
-    QTest::newRow("byte order mark goes") << QByteArray("\xef\xbb\xbf" "a") << QStringLiteral("a");
+    QTest::newRow("byte order mark goes") << QByteArray("\xef\xbb\xbf# a") << QStringLiteral("# a");
     QTest::newRow("not UTF-8") << QByteArray("a\xff\xe9z") << QStringLiteral("a\ufffd\ufffdz");
     QTest::newRow("zero byte in the middle") << QByteArray("a\0b", 3) << QStringLiteral("a");
     QTest::newRow("two zero bytes") << QByteArray("a\0b\0c", 5) << QStringLiteral("a");
@@ -120,16 +120,23 @@ void tst_oxPluginSource::rewritePutsThePySide2HelpersIn_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("rewritten");
 
-    QTest::newRow("nothing to replace") << "import PySide2\n" << "import PySide2\n";
-    QTest::newRow("loadUiType") << "f = uiTools.loadUiType('a.ui')" << "f = uiTools.loadUiTypePySide('a.ui')";
-    QTest::newRow("loadUiType of another module") << "tools.loadUiType()" << "tools.loadUiType()";
-    QTest::newRow("widget") << "p = TARNPluginWidget\n" << "p = uiTools.getWidget(TARNPluginWidgetId)\n";
+    QTest::newRow("nothing to replace") << "import PySide2\n"
+                                        << "import PySide2\n";
+    QTest::newRow("loadUiType") << "f = uiTools.loadUiType('a.ui')"
+                                << "f = uiTools.loadUiTypePySide('a.ui')";
+    QTest::newRow("loadUiType of another module") << "tools.loadUiType()"
+                                                  << "tools.loadUiType()";
+    QTest::newRow("widget") << "p = TARNPluginWidget\n"
+                            << "p = uiTools.getWidget(TARNPluginWidgetId)\n";
     QTest::newRow("every occurrence") << "uiTools.loadUiType;TARNPluginWidget;uiTools.loadUiType;TARNPluginWidget"
                                       << "uiTools.loadUiTypePySide;uiTools.getWidget(TARNPluginWidgetId);"
                                          "uiTools.loadUiTypePySide;uiTools.getWidget(TARNPluginWidgetId)";
-    QTest::newRow("in comments and strings") << "# 'TARNPluginWidget'" << "# 'uiTools.getWidget(TARNPluginWidgetId)'";
-    QTest::newRow("wrong case") << "UiTools.loaduitype tarnPluginWidget" << "UiTools.loaduitype tarnPluginWidget";
-    QTest::newRow("suffix is doubled") << "uiTools.loadUiTypePySide" << "uiTools.loadUiTypePySidePySide";
+    QTest::newRow("in comments and strings") << "# 'TARNPluginWidget'"
+                                             << "# 'uiTools.getWidget(TARNPluginWidgetId)'";
+    QTest::newRow("wrong case") << "UiTools.loaduitype tarnPluginWidget"
+                                << "UiTools.loaduitype tarnPluginWidget";
+    QTest::newRow("suffix is doubled") << "uiTools.loadUiTypePySide"
+                                       << "uiTools.loadUiTypePySidePySide";
     QTest::newRow("identifier is taken for the widget") << "TARNPluginWidgetId"
                                                         << "uiTools.getWidget(TARNPluginWidgetId)Id";
 }

@@ -48,7 +48,7 @@ private:
     PluginHost m_host;
     QMap<QString, Expected> m_expected;
     QMap<QString, QString> m_paths; ///< by key
-    QStringList m_order; ///< in which the file system yields them
+    QStringList m_order;            ///< in which the file system yields them
 };
 
 namespace {
@@ -89,8 +89,9 @@ QMap<QString, oxKernelInterfaceP::oxPluginInfo> records()
 void tst_pluginFixtures::initTestCase()
 {
     m_host.writeModule("PySide2.py", "");
-    m_host.writeModule("uiTools.py", "def loadUiTypePySide(name): return name + ' for PySide2'\n"
-                                     "def getWidget(address): return 'a widget'\n");
+    m_host.writeModule("uiTools.py",
+                       "def loadUiTypePySide(name): return name + ' for PySide2'\n"
+                       "def getWidget(address): return 'a widget'\n");
 
     QDirIterator files(FIXTURES "/Scripts", {"*.py"}, QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
@@ -105,8 +106,8 @@ void tst_pluginFixtures::initTestCase()
     const QByteArray path = m_paths.value("fail_both_bindings").toUtf8();
     m_expected = {
         {"fail_both_bindings",
-         {bindings("yes", "yes"),
-          "Couldn't load plugin '" + path + "', it seems to use PythonQt annd PySide2!\n", Kept, false}},
+         {bindings("yes", "yes"), "Couldn't load plugin '" + path + "', it seems to use PythonQt annd PySide2!\n", Kept,
+          false}},
         {"fail_deletes_its_dock", {neither + info("the dock is gone"), {}, Removed}},
         {"fail_deletes_its_widget", {neither + info("the container is gone"), {}, Emptied}},
         {"fail_endless_output", {neither + endlessOutput()}},
@@ -115,16 +116,18 @@ void tst_pluginFixtures::initTestCase()
           errors({"Traceback (most recent call last):", "  File \"<string>\", line 11, in <module>",
                   "  File \"<string>\", line 7, in build", "ValueError: 100% of this"})}},
         {"fail_missing_module",
-         {neither, errors({"Traceback (most recent call last):", "  File \"<string>\", line 1, in <module>",
-                           "ImportError: No module named a_module_that_nobody_has"})}},
+         {neither,
+          errors({"Traceback (most recent call last):", "  File \"<string>\", line 1, in <module>",
+                  "ImportError: No module named a_module_that_nobody_has"})}},
         {"fail_not_utf8", {neither + info("caf\xef\xbf\xbd")}},
         {"fail_syntax_error",
-         {neither, errors({"  File \"<string>\", line 3", "    def broken(:", "               ^",
-                           "SyntaxError: invalid syntax"})}},
+         {neither,
+          errors(
+              {"  File \"<string>\", line 3", "    def broken(:", "               ^", "SyntaxError: invalid syntax"})}},
         {"fail_sys_exit", {neither + info("before")}},
         {"fail_zero_byte", {pySide2 + info("before")}},
         {"success_button", {pythonQt + info("1 Press")}},
-        {"success_byte_order_mark", {neither + info("gr\xc3\xbc\xc3\x9f" "e gr\xc3\xbc\xc3\x9f" "e")}},
+        {"success_byte_order_mark", {neither + info("gr\u00fc\u00dfe gr\u00fc\u00dfe")}},
         {"success_empty", {neither}},
         {"success_last_line", {neither + info("no line feed at the end")}},
         {"success_message", {neither}},

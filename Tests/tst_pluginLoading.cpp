@@ -59,6 +59,7 @@ private Q_SLOTS:
     void textEndsAtTheFirstZeroByte();
     void bindingAfterAZeroByteCounts();
     void lineEndsOfOtherSystemsAreFine();
+    void bytesReachPythonUnchanged();
 
     void currentFolderIsThePlugins();
     void currentFolderIsRestored_data();
@@ -80,6 +81,8 @@ private Q_SLOTS:
     void pluginThatDeletesItsDock();
     void pluginThatClearsItsGlobals();
     void pluginThatLoadsAllPluginsAnew();
+    void pluginThatLoadsAllPluginsAnewWhenItIsCleared_data();
+    void pluginThatLoadsAllPluginsAnewWhenItIsCleared();
     void pluginThatTakesItsContainerElsewhere();
 
     void pythonRunsWhenAButtonIsClickedLater();
@@ -214,8 +217,7 @@ void tst_pluginLoading::keyAndModuleNameComeFromTheFileName()
 
     const Output output = load(m_host.write(fileName, "print 'runs'\n"));
     QVERIFY(m_result);
-    QCOMPARE(output.standardOutput,
-             noBinding + info("runs") + "Loaded '" + pluginKey.toUtf8() + "' python plugin.\n");
+    QCOMPARE(output.standardOutput, noBinding + info("runs") + "Loaded '" + pluginKey.toUtf8() + "' python plugin.\n");
     QCOMPARE(output.standardError, QByteArray());
     QCOMPARE(privateData(oxKernelInterface::the())->plugins.keys(), QStringList{pluginKey});
     QVERIFY(m_host.entry(moduleName));
@@ -503,14 +505,21 @@ void tst_pluginLoading::lineEndsOfOtherSystemsAreFine()
     QCOMPARE(output.standardError, QByteArray());
 }
 
+// A lone carriage return reaches Python, which reads it as a line feed.
+void tst_pluginLoading::bytesReachPythonUnchanged()
+{
+    const Output output = loadText("print repr('\t\x0b\x7f'), repr(u'gr\xc3\xbc\xc3\x9f'), repr(\"\"\"a\rb\"\"\")\n");
+    QCOMPARE(output.standardOutput, noBinding + info(R"('\t\x0b\x7f' u'gr\xfc\xdf' 'a\nb')") + loaded);
+}
+
 void tst_pluginLoading::currentFolderIsThePlugins()
 {
     m_host.write("Sub/data.txt", "contents");
-    const Output output = load(m_host.write("Sub/Plugin.py", "import os\n"
-                                                             "print os.getcwd()\n"
-                                                             "print open('data.txt').read()\n"));
-    QCOMPARE(output.standardOutput,
-             noBinding + info(m_host.scripts().toUtf8() + "/Sub") + info("contents") + loaded);
+    const Output output = load(m_host.write("Sub/Plugin.py",
+                                            "import os\n"
+                                            "print os.getcwd()\n"
+                                            "print open('data.txt').read()\n"));
+    QCOMPARE(output.standardOutput, noBinding + info(m_host.scripts().toUtf8() + "/Sub") + info("contents") + loaded);
 }
 
 void tst_pluginLoading::currentFolderIsRestored_data()
@@ -707,10 +716,11 @@ void tst_pluginLoading::failedReloadLeavesAnEmptyPanel()
 
 void tst_pluginLoading::hundredReloadsLeaveOnePanel()
 {
-    const QString path = m_host.write("Plugin.py", "from PythonQt.QtGui import QPushButton\n"
-                                                   "button = QPushButton('Press', TARNPluginWidget)\n"
-                                                   "def press(): pass\n"
-                                                   "button.connect('clicked()', press)\n");
+    const QString path = m_host.write("Plugin.py",
+                                      "from PythonQt.QtGui import QPushButton\n"
+                                      "button = QPushButton('Press', TARNPluginWidget)\n"
+                                      "def press(): pass\n"
+                                      "button.connect('clicked()', press)\n");
     QByteArray output;
     for (int i = 0; i < 100; ++i)
         output += load(path).standardOutput;
@@ -768,12 +778,11 @@ void tst_pluginLoading::pluginThatClearsItsGlobals()
 void tst_pluginLoading::pluginThatLoadsAllPluginsAnew()
 {
     m_host.write("Another.py", "print 'another'\n");
-    QMetaObject::Connection scans = connect(
-        oxKernelServiceFactory::the()->getService<oxMessageService>(), &oxMessageService::messageReceived, this,
-        [this, &scans] {
-            disconnect(scans);
-            m_host.scan();
-        });
+    QMetaObject::Connection scans = connect(oxKernelServiceFactory::the()->getService<oxMessageService>(),
+                                            &oxMessageService::messageReceived, this, [this, &scans] {
+                                                disconnect(scans);
+                                                m_host.scan();
+                                            });
     const Output output = loadText("oxMessageService.information('scan')\n"
                                    "print 'ran'\n");
 
@@ -787,6 +796,42 @@ void tst_pluginLoading::pluginThatLoadsAllPluginsAnew()
     QCOMPARE(m_host.dock(key)->widget(), container());
     QVERIFY(!value("'TARNPluginWidget' in globals()").toBool());
     QVERIFY(InterpreterLock::isFree());
+    QCOMPARE(loadText("print 'later'\n").standardOutput, noBinding + info("later") + loaded);
+}
+
+void tst_pluginLoading::pluginThatLoadsAllPluginsAnewWhenItIsCleared_data()
+{
+    QTest::addColumn<bool>("fileIsThere");
+
+    QTest::newRow("reloaded meanwhile") << true;
+    QTest::newRow("swept meanwhile") << false;
+}
+
+void tst_pluginLoading::pluginThatLoadsAllPluginsAnewWhenItIsCleared()
+{
+    QFETCH(bool, fileIsThere);
+
+    loadText("class Parting(object):\n"
+             "    def __init__(self, say): self.say = say\n"
+             "    def __del__(self): self.say('scan')\n"
+             "parting = Parting(oxMessageService.information)\n");
+    const QString path = m_host.write("Plugin.py", "print 'new'\n");
+    if (!fileIsThere)
+        QVERIFY(QFile::remove(path));
+    int scans = 0;
+    const QMetaObject::Connection scanning = connect(oxKernelServiceFactory::the()->getService<oxMessageService>(),
+                                                     &oxMessageService::messageReceived, this, [this, &scans] {
+                                                         ++scans;
+                                                         m_host.scan();
+                                                     });
+    const Output output = load(path);
+    disconnect(scanning);
+
+    QCOMPARE(scans, 1);
+    QCOMPARE(m_result, fileIsThere);
+    QCOMPARE(output.standardOutput, fileIsThere ? (noBinding + info("new") + loaded).repeated(2) : QByteArray());
+    QCOMPARE(record().found, 1);
+    QVERIFY(record().widget && record().module);
     QCOMPARE(loadText("print 'later'\n").standardOutput, noBinding + info("later") + loaded);
 }
 

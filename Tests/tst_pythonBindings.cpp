@@ -96,9 +96,15 @@ private:
 namespace {
 
 // Two keys that come, in the order of the registry, before those of the start, and one after.
-struct FirstKey {};
-struct SecondKey {};
-struct LastKey {};
+struct FirstKey
+{
+};
+struct SecondKey
+{
+};
+struct LastKey
+{
+};
 
 const QString pluginKey = QStringLiteral("Plugin");
 const QString name = QStringLiteral("oxMessageService");
@@ -229,9 +235,10 @@ void tst_pythonBindings::withoutMessageServiceTheNameIsUnknown()
     const QString path = m_host->write(pluginKey + ".py", "oxMessageService.information('text')\n");
     const Output output = outputOf([this, &path] { m_host->load(path); });
     QCOMPARE(output.standardOutput, QByteArray("PythonQt: no PySide2: no\nLoaded 'Plugin' python plugin.\n"));
-    QCOMPARE(output.standardError, QByteArray("python error: 'Traceback (most recent call last):'\n"
-                                              "python error: '  File \"<string>\", line 1, in <module>'\n"
-                                              "python error: 'NameError: name 'oxMessageService' is not defined'\n"));
+    QCOMPARE(output.standardError,
+             QByteArray("python error: 'Traceback (most recent call last):'\n"
+                        "python error: '  File \"<string>\", line 1, in <module>'\n"
+                        "python error: 'NameError: name 'oxMessageService' is not defined'\n"));
 }
 
 void tst_pythonBindings::scriptsTalkToTheFiledService()

@@ -81,9 +81,9 @@ void tst_pythonStreams::completeLinesArePrinted_data()
     add("percent signs", {"100% %s %n %d %%\n"}, {"100% %s %n %d %%"});
     add("backslashes", {"a\\nb\n"}, {"a\\nb"});
     add("tabs and blanks", {"\t a \n"}, {"\t a "});
-    add("other line separators are text", {"a\u2028b\u0085c\x0b\x0c\n"}, {"a\xe2\x80\xa8" "b\xc2\x85" "c\x0b\x0c"});
+    add("other line separators are text", {"a\u2028b\u0085c\x0b\x0c\n"}, {"a\u2028b\u0085c\x0b\x0c"});
     add("beyond ASCII", {QStringLiteral("gr\u00fc\u00df"), QStringLiteral("e \U0001f40d\n")},
-        {"gr\xc3\xbc\xc3\x9f" "e \xf0\x9f\x90\x8d"});
+        {"gr\u00fc\u00dfe \U0001f40d"});
     add("halves of a surrogate pair", {QString(QChar(0xd83d)), QString(QChar(0xdc0d)) + '\n'}, {"\xf0\x9f\x90\x8d"});
 }
 
@@ -240,9 +240,8 @@ void tst_pythonStreams::unfinishedLastLineIsNeverPrinted()
 // These two end in time only when the time is linear in the text.
 void tst_pythonStreams::aMillionLinesInOneWrite()
 {
-    const Output output = outputOf([] {
-        PluginHost::run(QStringLiteral("sys.stdout.write(('x' * 49 + '\\n') * 1000000)"));
-    });
+    const Output output =
+        outputOf([] { PluginHost::run(QStringLiteral("sys.stdout.write(('x' * 49 + '\\n') * 1000000)")); });
     const QByteArray line = "python info: '" + QByteArray(49, 'x') + "'\n";
     QVERIFY(output.standardOutput == line.repeated(1000000));
     QCOMPARE(output.standardError, QByteArray());

@@ -7,7 +7,10 @@
 class InterpreterLock
 {
 public:
-    InterpreterLock() : m_state(PyGILState_Ensure()) {}
+    InterpreterLock()
+        : m_state(PyGILState_Ensure())
+    {
+    }
     ~InterpreterLock() { PyGILState_Release(m_state); }
 
     InterpreterLock(const InterpreterLock &) = delete;

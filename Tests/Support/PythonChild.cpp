@@ -29,8 +29,11 @@ PythonChildResult runChild(const QProcessEnvironment &environment, const QString
 PythonChild::PythonChild()
     : environment(QProcessEnvironment::systemEnvironment())
 {
-    for (const char *folder : {"OX_BASE_DIR", "OX_PLUGINS_DIR"})
-        environment.remove(QLatin1String(folder));
+    const QStringList variables = environment.keys();
+    for (const QString &variable : variables) {
+        if (variable.startsWith(QLatin1String("OX_")) || variable.startsWith(QLatin1String("PYTHON")))
+            environment.remove(variable);
+    }
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_runtimeFolder.path());
 }
 

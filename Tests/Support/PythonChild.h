@@ -18,7 +18,7 @@ struct PythonChildResult
 class PythonChild
 {
 public:
-    /// Both folders are unset.
+    /// Both folders are unset, and so is what configures Python.
     PythonChild();
 
     QProcessEnvironment environment;
@@ -37,12 +37,12 @@ private:
 };
 
 /// QTEST_MAIN for tests that use PythonChild.
-#define OX_TEST_MAIN_WITH_CHILD(TestClass) \
-    int main(int argc, char *argv[]) \
-    { \
-        const QApplication application(argc, argv); \
-        if (PythonChild::isOne(QCoreApplication::arguments())) \
-            return PythonChild::main(QCoreApplication::arguments()); \
-        TestClass test; \
-        return QTest::qExec(&test, argc, argv); \
+#define OX_TEST_MAIN_WITH_CHILD(TestClass)                                                                             \
+    int main(int argc, char *argv[])                                                                                   \
+    {                                                                                                                  \
+        const QApplication application(argc, argv);                                                                    \
+        if (PythonChild::isOne(QCoreApplication::arguments()))                                                         \
+            return PythonChild::main(QCoreApplication::arguments());                                                   \
+        TestClass test;                                                                                                \
+        return QTest::qExec(&test, argc, argv);                                                                        \
     }
