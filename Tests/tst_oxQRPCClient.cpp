@@ -4,7 +4,6 @@
 #include "oxFileIOService.h"
 #include "oxKernelService.h"
 #include "oxMessageService.h"
-#include "oxPreferencesService.h"
 #include "oxQRPCClient.h"
 #include "oxRenderService.h"
 
@@ -100,8 +99,8 @@ void tst_oxQRPCClient::addOperations()
     QTest::addColumn<QByteArray>("operation");
 
     const QString text = QStringLiteral("text");
-    QTest::newRow("bool") << call<oxFileIOService>(&oxFileIOService::loadFile, text) << QVariant(false)
-                          << QByteArray("oxFileIOService::loadFile(QString)");
+    QTest::newRow("bool") << call<oxFileIOService>(&oxFileIOService::saveFile, text) << QVariant(false)
+                          << QByteArray("oxFileIOService::saveFile(QString)");
     QTest::newRow("text") << call<oxKernelService>(&oxKernelService::salt) << QVariant(QString())
                           << QByteArray("oxKernelService::salt()");
     QTest::newRow("nothing") << call<oxKernelService>(&oxKernelService::consoleLog, text) << QVariant()
@@ -112,13 +111,6 @@ void tst_oxQRPCClient::addOperations()
                            << QByteArray("oxRenderService::getFrameBuffer()");
     QTest::newRow("four arguments") << call<oxRenderService>(&oxRenderService::mouseMove, 1, 2, 3, 4) << QVariant()
                                     << QByteArray("oxRenderService::mouseMove(int,int,int,int)");
-    QTest::newRow("double") << call<oxPreferencesService>(&oxPreferencesService::getDoubleValue, text) << QVariant(0.0)
-                            << QByteArray("oxPreferencesService::getDoubleValue(QString)");
-    QTest::newRow("overloaded") << call<oxPreferencesService>(qOverload<>(&oxPreferencesService::setDefault))
-                                << QVariant() << QByteArray("oxPreferencesService::setDefault()");
-    QTest::newRow("overloaded, with text")
-        << call<oxPreferencesService>(qOverload<const QString &>(&oxPreferencesService::setDefault), text)
-        << QVariant() << QByteArray("oxPreferencesService::setDefault(QString)");
 }
 
 void tst_oxQRPCClient::callWithoutConnectionGivesDefaultResultAndALine_data()

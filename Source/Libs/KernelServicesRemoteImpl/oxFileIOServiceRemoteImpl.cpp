@@ -1,8 +1,6 @@
 #include "oxFileIOServiceRemoteImpl.h"
 
 #include <QCoreApplication>
-#include <QProgressBar>
-#include <QProgressDialog>
 
 #include "oxKernelServiceFactory.h"
 #include "oxMainWindowService.h"

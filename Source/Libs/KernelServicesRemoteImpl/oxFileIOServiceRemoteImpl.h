@@ -1,10 +1,11 @@
 #pragma once
 
+#include <QPointer>
+#include <QProgressBar>
+#include <QProgressDialog>
+
 #include "oxFileIOService.h"
 #include "oxkernelservicesremoteimpl_export.h"
-
-class QProgressBar;
-class QProgressDialog;
 
 /// The file service with a progress dialog over the main window while a file loads.
 class OXKERNELSERVICESREMOTEIMPL_EXPORT oxFileIOServiceRemoteImpl : public oxFileIOService
@@ -27,6 +28,6 @@ private Q_SLOTS:
     void changedProgress(int p);
 
 private:
-    QProgressDialog *progressDialog = nullptr;
-    QProgressBar *progressBar = nullptr;
+    QPointer<QProgressDialog> progressDialog; // events during a load may delete the main window with it
+    QPointer<QProgressBar> progressBar;
 };

@@ -1,0 +1,506 @@
+#include <QApplication>
+#include <QLabel>
+#include <QProcess>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <functional>
+#include <thread>
+
+#include <sys/resource.h>
+
+#include "OutputCapture.h"
+#include "oxFileIOServiceRemoteImpl.h"
+#include "oxKernelServiceFactory.h"
+#include "oxMainWindowServiceRemoteImpl.h"
+#include "oxQRPCClient.h"
+
+namespace {
+
+constexpr QLatin1String childOption("--load-without");
+
+// Looks on while files load: at each dialog that is shown, and in the middle of each load.
+class Onlooker : public QObject
+{
+public:
+    using Action = std::function<void(QProgressDialog *)>;
+
+    explicit Onlooker(const oxFileIOService *service, Action whileLoading = {})
+        : m_service(service)
+        , m_whileLoading(std::move(whileLoading))
+    {
+        qApp->installEventFilter(this);
+    }
+
+    QVector<QPointer<QProgressDialog>> dialogs;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        auto *dialog = qobject_cast<QProgressDialog *>(watched);
+        if (dialog && event->type() == QEvent::Show) {
+            dialogs.append(dialog);
+            // The service is connected by now, so that this comes after it.
+            m_connection = connect(m_service, &oxFileIOService::progress, dialog, [this, dialog] { act(dialog); });
+        }
+        return false;
+    }
+
+private:
+    void act(QProgressDialog *dialog)
+    {
+        disconnect(m_connection); // once
+        if (m_whileLoading)
+            m_whileLoading(dialog);
+    }
+
+    const oxFileIOService *m_service;
+    Action m_whileLoading;
+    QMetaObject::Connection m_connection;
+};
+
+class EventCounter : public QObject
+{
+public:
+    EventCounter(QObject *watched, QEvent::Type type)
+        : m_type(type)
+    {
+        watched->installEventFilter(this);
+    }
+
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        count += event->type() == m_type;
+        return false;
+    }
+
+private:
+    QEvent::Type m_type;
+};
+
+QString label(const QProgressDialog *dialog)
+{
+    return dialog->findChild<QLabel *>()->text();
+}
+
+QProgressBar *bar(const QProgressDialog *dialog)
+{
+    return dialog->findChild<QProgressBar *>();
+}
+
+void fileServices(oxMainWindowService *mainWindow, oxFileIOService *fileIO)
+{
+    oxKernelServiceFactory::the()->fileService<oxMainWindowService>(mainWindow);
+    oxKernelServiceFactory::the()->fileService<oxFileIOService>(fileIO);
+}
+
+// The process that is started to die: see missingMainWindowServiceIsFatal().
+int loadWithoutMainWindowService(bool isFiledAsNull)
+{
+    const rlimit noCore{0, 0};
+    setrlimit(RLIMIT_CORE, &noCore);
+    oxFileIOServiceRemoteImpl service;
+    oxKernelServiceFactory::the()->fileService<oxFileIOService>(&service);
+    if (isFiledAsNull)
+        oxKernelServiceFactory::the()->fileService<oxMainWindowService>(nullptr);
+    service.loadFile(QCoreApplication::applicationFilePath());
+    return 0;
+}
+
+} // namespace
+
+class tst_oxFileIOServiceRemoteImpl : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void dialogIsAFramelessChildOfTheMainWindow();
+    void dialogSaysLoadingAndHasNoCancelButton();
+    void dialogHasOneBarFrom0To100();
+    void dialogDoesNotCloseByItself();
+    void dialogHasNoParentWithoutAMainWindow();
+    void readingIsFollowedByUploading();
+    void only100SwitchesToUploading_data();
+    void only100SwitchesToUploading();
+    void labelIsSetOnceOnly();
+    void barWithAnotherMaximumDoesNotSwitch();
+    void uploadingBarTakesFurtherValues();
+    void eachProgressRepaintsTheDialogAndProcessesEvents();
+    void progressFromAnotherThreadIsAppliedInThisOne();
+    void progressOutsideALoadDoesNothing();
+    void eachLoadShowsADialogOfItsOwn();
+    void nthLoadAppliesEachProgressNTimes();
+    void progressIsThatOfTheFiledService();
+    void resultIsPassedThroughWhenTheDialogIsGone_data();
+    void resultIsPassedThroughWhenTheDialogIsGone();
+    void mainWindowDeletedDuringALoad();
+    void missingMainWindowServiceIsFatal_data();
+    void missingMainWindowServiceIsFatal();
+    void missingFileServiceLeavesTheDialogWithoutProgress();
+    void otherOperationsAreInherited();
+
+private:
+    // Loads a real file; the action runs in the middle of it, once.
+    bool load(const Onlooker::Action &whileLoading = {});
+
+    QTemporaryDir m_folder;
+    QString m_file;
+    std::unique_ptr<QMainWindow> m_window;
+    std::unique_ptr<oxMainWindowServiceRemoteImpl> m_mainWindowService;
+    std::unique_ptr<oxFileIOServiceRemoteImpl> m_service;
+};
+
+void tst_oxFileIOServiceRemoteImpl::init()
+{
+    m_window = std::make_unique<QMainWindow>();
+    m_mainWindowService = std::make_unique<oxMainWindowServiceRemoteImpl>();
+    m_mainWindowService->setWidget(m_window.get());
+    m_service = std::make_unique<oxFileIOServiceRemoteImpl>();
+    fileServices(m_mainWindowService.get(), m_service.get());
+
+    m_file = m_folder.filePath(QStringLiteral("scene.bin"));
+    QFile file(m_file);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray(500000, 'x'));
+}
+
+void tst_oxFileIOServiceRemoteImpl::cleanup()
+{
+    QVERIFY(m_window->findChildren<QProgressDialog *>().isEmpty());
+    fileServices(nullptr, nullptr);
+    m_service.reset();
+    m_window.reset();
+}
+
+bool tst_oxFileIOServiceRemoteImpl::load(const Onlooker::Action &whileLoading)
+{
+    bool hasActed = false;
+    const Onlooker onlooker(m_service.get(), [&](QProgressDialog *dialog) {
+        hasActed = true;
+        if (whileLoading)
+            whileLoading(dialog);
+    });
+    return m_service->loadFile(m_file) && hasActed;
+}
+
+void tst_oxFileIOServiceRemoteImpl::dialogIsAFramelessChildOfTheMainWindow()
+{
+    QVERIFY(load([this](const QProgressDialog *dialog) {
+        QCOMPARE(dialog->parentWidget(), m_window.get());
+        QVERIFY(dialog->isVisible());
+        QVERIFY(!dialog->isModal());
+        // Qt makes a dialog of it.
+        QCOMPARE(int(dialog->windowFlags()), 0x2000800 | int(Qt::Dialog));
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::dialogSaysLoadingAndHasNoCancelButton()
+{
+    QVERIFY(load([](const QProgressDialog *dialog) {
+        QCOMPARE(label(dialog).toUtf8(), QByteArray("Loading ..."));
+        QCOMPARE(dialog->findChildren<QLabel *>().size(), 1);
+        QVERIFY(dialog->findChildren<QAbstractButton *>().isEmpty());
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::dialogHasOneBarFrom0To100()
+{
+    QVERIFY(load([](const QProgressDialog *dialog) {
+        QCOMPARE(dialog->findChildren<QProgressBar *>().size(), 1);
+        QCOMPARE(bar(dialog)->parent(), dialog);
+        QVERIFY(bar(dialog)->isVisible());
+        QCOMPARE(bar(dialog)->minimum(), 0);
+        QCOMPARE(bar(dialog)->maximum(), 100);
+        // The dialog answers for the bar that was set into it.
+        bar(dialog)->setRange(3, 97);
+        QCOMPARE(dialog->minimum(), 3);
+        QCOMPARE(dialog->maximum(), 97);
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::dialogDoesNotCloseByItself()
+{
+    QVERIFY(load([this](QProgressDialog *dialog) {
+        QVERIFY(!dialog->autoClose());
+        bar(dialog)->setRange(0, 50);
+        Q_EMIT m_service->progress(50);
+        QVERIFY(dialog->isVisible());
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::dialogHasNoParentWithoutAMainWindow()
+{
+    m_window.reset(new QMainWindow); // the service knows of none, now
+    QVERIFY(!m_mainWindowService->getWidget());
+
+    QVERIFY(load([](const QProgressDialog *dialog) {
+        QVERIFY(!dialog->parent());
+        QVERIFY(dialog->isVisible());
+    }));
+    QVERIFY(QApplication::topLevelWidgets() == QWidgetList{m_window.get()});
+}
+
+void tst_oxFileIOServiceRemoteImpl::readingIsFollowedByUploading()
+{
+    QVector<int> values;
+    QStringList labels;
+    QVERIFY(load([&](const QProgressDialog *dialog) {
+        connect(m_service.get(), &oxFileIOService::progress, dialog, [&, dialog](int value) {
+            values.append(value);
+            labels.append(label(dialog));
+        });
+    }));
+
+    const int switched = values.indexOf(100);
+    QVERIFY(switched > 3);
+    QVERIFY(switched < values.size() - 1);
+    for (int i = 0; i < labels.size(); ++i)
+        QCOMPARE(labels.at(i).toUtf8(), i < switched ? QByteArray("Loading ...") : QByteArray("Uploading ..."));
+}
+
+void tst_oxFileIOServiceRemoteImpl::only100SwitchesToUploading_data()
+{
+    QTest::addColumn<int>("value");
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<int>("maximum");
+    QTest::addColumn<int>("shownValue");
+
+    const QByteArray loading = "Loading ...";
+    QTest::newRow("-1: not the bar's") << -1 << loading << 100 << 0;
+    QTest::newRow("0") << 0 << loading << 100 << 0;
+    QTest::newRow("1") << 1 << loading << 100 << 1;
+    QTest::newRow("99") << 99 << loading << 100 << 99;
+    QTest::newRow("100") << 100 << QByteArray("Uploading ...") << 0 << 100;
+    QTest::newRow("101: not the bar's") << 101 << loading << 100 << 0;
+    QTest::newRow("least") << std::numeric_limits<int>::min() << loading << 100 << 0;
+    QTest::newRow("most") << std::numeric_limits<int>::max() << loading << 100 << 0;
+}
+
+void tst_oxFileIOServiceRemoteImpl::only100SwitchesToUploading()
+{
+    QFETCH(int, value);
+    QFETCH(QByteArray, text);
+    QFETCH(int, maximum);
+    QFETCH(int, shownValue);
+
+    QVERIFY(load([&](const QProgressDialog *dialog) {
+        Q_EMIT m_service->progress(value);
+        QCOMPARE(label(dialog).toUtf8(), text);
+        QCOMPARE(bar(dialog)->minimum(), 0);
+        QCOMPARE(bar(dialog)->maximum(), maximum);
+        QCOMPARE(dialog->value(), shownValue);
+        QVERIFY(dialog->isVisible());
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::labelIsSetOnceOnly()
+{
+    QVERIFY(load([this](QProgressDialog *dialog) {
+        Q_EMIT m_service->progress(100);
+        dialog->setLabelText(QStringLiteral("as it was"));
+        Q_EMIT m_service->progress(100);
+        QCOMPARE(label(dialog), QStringLiteral("as it was"));
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::barWithAnotherMaximumDoesNotSwitch()
+{
+    QVERIFY(load([this](const QProgressDialog *dialog) {
+        bar(dialog)->setMaximum(200);
+        Q_EMIT m_service->progress(100);
+        QCOMPARE(label(dialog), QStringLiteral("Loading ..."));
+        QCOMPARE(bar(dialog)->maximum(), 200);
+        QCOMPARE(bar(dialog)->value(), 100);
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::uploadingBarTakesFurtherValues()
+{
+    QVERIFY(load([this](const QProgressDialog *dialog) {
+        Q_EMIT m_service->progress(100);
+        for (const int value : {7, 101, 100}) {
+            Q_EMIT m_service->progress(value);
+            QCOMPARE(dialog->value(), value);
+            QCOMPARE(label(dialog), QStringLiteral("Uploading ..."));
+            QCOMPARE(bar(dialog)->maximum(), 0);
+        }
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::eachProgressRepaintsTheDialogAndProcessesEvents()
+{
+    QVERIFY(load([this](QProgressDialog *dialog) {
+        const EventCounter paints(dialog, QEvent::Paint);
+        bool isProcessed = false;
+        QMetaObject::invokeMethod(
+            this, [&isProcessed] { isProcessed = true; }, Qt::QueuedConnection);
+        Q_EMIT m_service->progress(0); // no new value
+        QCOMPARE(paints.count, 1);
+        QVERIFY(isProcessed);
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::progressFromAnotherThreadIsAppliedInThisOne()
+{
+    QVERIFY(load([this](const QProgressDialog *dialog) {
+        std::thread([this] { Q_EMIT m_service->progress(42); }).join();
+        QCOMPARE(dialog->value(), 0);
+        QCoreApplication::processEvents();
+        QCOMPARE(dialog->value(), 42);
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::progressOutsideALoadDoesNothing()
+{
+    const QWidgetList before = QApplication::topLevelWidgets();
+    for (const int value : {0, 100, 101})
+        QMetaObject::invokeMethod(m_service.get(), "changedProgress", Q_ARG(int, value));
+    QVERIFY(load());
+    for (const int value : {0, 100, 101})
+        Q_EMIT m_service->progress(value);
+
+    QCOMPARE(QApplication::topLevelWidgets(), before);
+}
+
+void tst_oxFileIOServiceRemoteImpl::eachLoadShowsADialogOfItsOwn()
+{
+    const Onlooker onlooker(m_service.get(), [](const QProgressDialog *dialog) {
+        QCOMPARE(label(dialog), QStringLiteral("Loading ..."));
+        QCOMPARE(bar(dialog)->maximum(), 100);
+    });
+    for (int i = 1; i <= 3; ++i) {
+        QVERIFY(m_service->loadFile(m_file));
+        QCOMPARE(onlooker.dialogs.size(), i);
+        QVERIFY(!onlooker.dialogs.last());
+    }
+}
+
+void tst_oxFileIOServiceRemoteImpl::nthLoadAppliesEachProgressNTimes()
+{
+    for (int n = 1; n <= 4; ++n) {
+        QVERIFY(load([&](QProgressDialog *dialog) {
+            const EventCounter paints(dialog, QEvent::Paint);
+            Q_EMIT m_service->progress(0);
+            QCOMPARE(paints.count, n);
+        }));
+    }
+}
+
+void tst_oxFileIOServiceRemoteImpl::progressIsThatOfTheFiledService()
+{
+    oxFileIOService other;
+    fileServices(m_mainWindowService.get(), &other);
+
+    QVERIFY(load([&](const QProgressDialog *dialog) {
+        Q_EMIT m_service->progress(30);
+        QCOMPARE(dialog->value(), -1);
+        Q_EMIT other.progress(40);
+        QCOMPARE(dialog->value(), 40);
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::resultIsPassedThroughWhenTheDialogIsGone_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("result");
+
+    QTest::newRow("loads") << QStringLiteral("scene.bin") << true;
+    QTest::newRow("missing") << QStringLiteral("nobody.bin") << false;
+    QTest::newRow("folder") << QString() << false;
+}
+
+void tst_oxFileIOServiceRemoteImpl::resultIsPassedThroughWhenTheDialogIsGone()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, result);
+    const Onlooker onlooker(m_service.get());
+
+    QCOMPARE(m_service->loadFile(m_folder.filePath(name)), result);
+    QCOMPARE(onlooker.dialogs.size(), 1);
+    QVERIFY(!onlooker.dialogs.first());
+}
+
+void tst_oxFileIOServiceRemoteImpl::mainWindowDeletedDuringALoad()
+{
+    QVERIFY(load([this](const QProgressDialog *) {
+        m_window.reset(new QMainWindow);
+        Q_EMIT m_service->progress(100);
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::missingMainWindowServiceIsFatal_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::newRow("nothing") << QByteArray("oxKernelServiceFactory: couldn't find class '19oxMainWindowService'!\n");
+    QTest::newRow("null") << QByteArray("oxKernelServiceFactory: service '19oxMainWindowService' is NULL!\n");
+}
+
+void tst_oxFileIOServiceRemoteImpl::missingMainWindowServiceIsFatal()
+{
+    QFETCH(QByteArray, line);
+    QProcess process;
+    process.start(QCoreApplication::applicationFilePath(), {childOption, QString::fromLatin1(QTest::currentDataTag())});
+    QVERIFY(process.waitForFinished());
+
+    QVERIFY(process.exitStatus() == QProcess::CrashExit || process.exitCode() != 0);
+    QVERIFY(process.readAllStandardError().contains(line));
+    QCOMPARE(process.readAllStandardOutput(), QByteArray());
+}
+
+void tst_oxFileIOServiceRemoteImpl::missingFileServiceLeavesTheDialogWithoutProgress()
+{
+    fileServices(m_mainWindowService.get(), nullptr);
+    bool isLoaded = false;
+    const Output output = outputOf([&] {
+        isLoaded = load([this](const QProgressDialog *dialog) {
+            Q_EMIT m_service->progress(50);
+            QCOMPARE(dialog->value(), -1);
+        });
+    });
+
+    QVERIFY(isLoaded);
+    QCOMPARE(output.standardError,
+             QByteArray("oxKernelServiceFactory: service '15oxFileIOService' is NULL!\n"
+                        "QObject::connect: Cannot connect (nullptr)::progress(int) to "
+                        "oxFileIOServiceRemoteImpl::changedProgress(int)\n"));
+}
+
+void tst_oxFileIOServiceRemoteImpl::otherOperationsAreInherited()
+{
+    oxQRPCClient client;
+    m_service->setClient(&client);
+    const Output output = outputOf([this] {
+        m_service->newFile();
+        m_service->saveFile(m_file);
+        m_service->getTARNDir();
+        m_service->getTARNDataDir();
+        m_service->getTARNExamplesDir();
+        m_service->getImageReadFilter();
+        m_service->getImageWriteFilter();
+    });
+
+    QByteArray expected;
+    for (const char *operation : {"newFile()", "saveFile(QString)", "getTARNDir()", "getTARNDataDir()",
+                                  "getTARNExamplesDir()", "getImageReadFilter()", "getImageWriteFilter()"})
+        expected += QByteArray("oxQRPCClient: not connected, oxFileIOService::") + operation + " does nothing\n";
+    QCOMPARE(output.standardError, expected);
+    m_service->setClient(nullptr);
+}
+
+int main(int argc, char *argv[])
+{
+    const QApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == childOption)
+        return loadWithoutMainWindowService(arguments.value(2) == QLatin1String("null"));
+    tst_oxFileIOServiceRemoteImpl test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_oxFileIOServiceRemoteImpl.moc"
