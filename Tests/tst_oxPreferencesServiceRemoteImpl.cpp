@@ -46,6 +46,8 @@ private Q_SLOTS:
     void setWidgetTouchesNoPage();
     void addToPreferencesDropsTheSecondText();
     void subFromPreferencesPassesThePageOn();
+    void nullPageIsPassedOnAndIgnored();
+    void addedPageIsShownOverTheWindow();
 };
 
 void tst_oxPreferencesServiceRemoteImpl::init()
@@ -128,6 +130,34 @@ void tst_oxPreferencesServiceRemoteImpl::subFromPreferencesPassesThePageOn()
     QCOMPARE(removals.first().first, &service);
     QCOMPARE(removals.first().second, &page);
     QVERIFY(additions.isEmpty());
+}
+
+void tst_oxPreferencesServiceRemoteImpl::nullPageIsPassedOnAndIgnored()
+{
+    oxPreferencesServiceRemoteImpl service(nullptr);
+    service.addToPreferences(QStringLiteral("Paths"), QString(), nullptr);
+    service.subFromPreferences(nullptr);
+
+    QCOMPARE(additions.size(), 1);
+    QVERIFY(!additions.first().page);
+    QCOMPARE(removals.size(), 1);
+    QVERIFY(!removals.first().second);
+}
+
+void tst_oxPreferencesServiceRemoteImpl::addedPageIsShownOverTheWindow()
+{
+    QMainWindow window;
+    QWidget page;
+    oxPreferencesServiceRemoteImpl service(nullptr);
+    service.setWidget(&window);
+    service.addToPreferences(QStringLiteral("Paths"), QStringLiteral("General"), &page);
+    service.showPreferences();
+
+    QVERIFY(page.isVisible());
+    QVERIFY(page.window() != &page);
+    QCOMPARE(page.window()->parentWidget(), &window);
+    service.subFromPreferences(&page);
+    QVERIFY(!page.parentWidget());
 }
 
 QTEST_MAIN(tst_oxPreferencesServiceRemoteImpl)

@@ -1,49 +1,116 @@
 #include "oxPreferencesService.h"
 
+#include <QCoreApplication>
+#include <QSettings>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "PreferencesDialog.h"
+
+namespace {
+
+QString title(const QString &name, const QString &group)
+{
+    return group.isEmpty() ? name : QStringLiteral("%1: %2").arg(group, name);
+}
+
+std::unique_ptr<QSettings> openSettings()
+{
+    const QString application = QCoreApplication::applicationName();
+    const QString organization = QCoreApplication::organizationName();
+    return std::make_unique<QSettings>(organization.isEmpty() ? application : organization, application);
+}
+
+} // namespace
+
 oxPreferencesService::oxPreferencesService(QObject *parent)
     : oxBaseService(parent)
 {
 }
 
-oxPreferencesService::~oxPreferencesService() = default;
+oxPreferencesService::~oxPreferencesService()
+{
+    delete m_dialog;
+}
 
-void oxPreferencesService::preferencesAdd(const QString &, const QString &, QWidget *) {}
+void oxPreferencesService::preferencesAdd(const QString &name, const QString &group, QWidget *page)
+{
+    if (!page)
+        return;
+    forget(page);
+    m_pages.append({name, group, page});
+    if (m_dialog)
+        m_dialog->addPage(title(name, group), page);
+}
 
-void oxPreferencesService::preferencesSub(QWidget *) {}
+void oxPreferencesService::preferencesSub(QWidget *page)
+{
+    forget(page);
+}
 
 void oxPreferencesService::setDefault(const QString &page)
 {
-    call(staticMetaObject, "setDefault(QString)", page);
+    if (!page.isEmpty()) // or else QSettings takes it for all
+        settings()->remove(page);
+    tellPages("setDefault", &page);
 }
 
 void oxPreferencesService::setDefault()
 {
-    call(staticMetaObject, "setDefault()");
+    settings()->remove(QString());
+    tellPages("setDefault", nullptr);
 }
 
 void oxPreferencesService::saveChanges()
 {
-    call(staticMetaObject, "saveChanges()");
+    // One of its own, as the status of a QSettings does not recover: both share what is to be written.
+    const std::unique_ptr<QSettings> writer = openSettings();
+    writer->sync();
+    if (writer->status() != QSettings::NoError)
+        fprintf(stderr, "oxPreferencesService: couldn't save the preferences in '%s'!\n",
+                writer->fileName().toUtf8().constData());
 }
 
 void oxPreferencesService::applyChanges(const QString &page)
 {
-    call(staticMetaObject, "applyChanges(QString)", page);
+    tellPages("applyChanges", &page);
 }
 
 void oxPreferencesService::applyChanges()
 {
-    call(staticMetaObject, "applyChanges()");
+    tellPages("applyChanges", nullptr);
 }
 
 void oxPreferencesService::showPreferences()
 {
-    call(staticMetaObject, "showPreferences()");
+    if (!m_dialog) {
+        m_dialog = new PreferencesDialog(getWidget());
+        connect(m_dialog, &QDialog::finished, this, [this] { m_dialog.clear(); });
+        connect(m_dialog, &PreferencesDialog::applyRequested, this, [this] {
+            applyChanges();
+            saveChanges();
+        });
+        connect(m_dialog, &PreferencesDialog::defaultRequested, this, &oxPreferencesService::restoreDefaultsOf);
+        for (const Page &page : qAsConst(m_pages)) {
+            if (page.widget)
+                m_dialog->addPage(title(page.name, page.group), page.widget);
+        }
+    }
+    m_dialog->show();
+    m_dialog->raise();
+    m_dialog->activateWindow();
 }
 
-void oxPreferencesService::addToPreferences(const QString &, const QString &, QWidget *) {}
+void oxPreferencesService::addToPreferences(const QString &name, const QString &group, QWidget *page)
+{
+    preferencesAdd(name, group, page);
+}
 
-void oxPreferencesService::subFromPreferences(QWidget *) {}
+void oxPreferencesService::subFromPreferences(QWidget *page)
+{
+    preferencesSub(page);
+}
 
 void oxPreferencesService::setWidget(QMainWindow *) {}
 
@@ -54,50 +121,99 @@ QMainWindow *oxPreferencesService::getWidget()
 
 QString oxPreferencesService::getStringValue(const QString &key)
 {
-    return call<QString>(staticMetaObject, "getStringValue(QString)", key);
+    return value(key).toString();
 }
 
 int oxPreferencesService::getIntValue(const QString &key)
 {
-    return call<int>(staticMetaObject, "getIntValue(QString)", key);
+    return value(key).toInt();
 }
 
 double oxPreferencesService::getDoubleValue(const QString &key)
 {
-    return call<double>(staticMetaObject, "getDoubleValue(QString)", key);
+    return value(key).toDouble();
 }
 
 float oxPreferencesService::getFloatValue(const QString &key)
 {
-    return call<float>(staticMetaObject, "getFloatValue(QString)", key);
+    return value(key).toFloat();
 }
 
 bool oxPreferencesService::getBoolValue(const QString &key)
 {
-    return call<bool>(staticMetaObject, "getBoolValue(QString)", key);
+    return value(key).toBool();
 }
 
 void oxPreferencesService::setStringValue(const QString &key, const QString &value)
 {
-    call(staticMetaObject, "setStringValue(QString,QString)", key, value);
+    setValue(key, value);
 }
 
 void oxPreferencesService::setIntValue(const QString &key, int value)
 {
-    call(staticMetaObject, "setIntValue(QString,int)", key, value);
+    setValue(key, value);
 }
 
 void oxPreferencesService::setDoubleValue(const QString &key, double value)
 {
-    call(staticMetaObject, "setDoubleValue(QString,double)", key, value);
+    setValue(key, value);
 }
 
 void oxPreferencesService::setFloatValue(const QString &key, float value)
 {
-    call(staticMetaObject, "setFloatValue(QString,float)", key, value);
+    setValue(key, static_cast<double>(value)); // a float would be written as bytes nobody can read
 }
 
 void oxPreferencesService::setBoolValue(const QString &key, bool value)
 {
-    call(staticMetaObject, "setBoolValue(QString,bool)", key, value);
+    setValue(key, value);
+}
+
+// Made when it is first needed: the application may get its name after the service was created.
+QSettings *oxPreferencesService::settings()
+{
+    if (!m_settings) {
+        m_settings = openSettings();
+        m_settings->setFallbacksEnabled(false); // what is forgotten here must not shine through from elsewhere
+        m_settings->beginGroup(QStringLiteral("Preferences"));
+    }
+    return m_settings.get();
+}
+
+QVariant oxPreferencesService::value(const QString &key)
+{
+    return key.isEmpty() ? QVariant() : settings()->value(key);
+}
+
+void oxPreferencesService::setValue(const QString &key, const QVariant &value)
+{
+    if (!key.isEmpty())
+        settings()->setValue(key, value);
+}
+
+void oxPreferencesService::forget(QWidget *page)
+{
+    const auto isGone = [page](const Page &p) { return !p.widget || p.widget == page; };
+    m_pages.erase(std::remove_if(m_pages.begin(), m_pages.end(), isGone), m_pages.end());
+    if (m_dialog)
+        m_dialog->removePage(page);
+}
+
+// A page may take itself, or another one, out of the preferences while it is told.
+void oxPreferencesService::tellPages(const char *method, const QString *name)
+{
+    const QByteArray signature = QByteArray(method) + "()";
+    const QList<Page> pages = m_pages;
+    for (const Page &page : pages) {
+        if (page.widget && (!name || page.name == *name) && page.widget->metaObject()->indexOfMethod(signature) >= 0)
+            QMetaObject::invokeMethod(page.widget, method, Qt::DirectConnection);
+    }
+}
+
+void oxPreferencesService::restoreDefaultsOf(QWidget *page)
+{
+    const auto found =
+        std::find_if(m_pages.cbegin(), m_pages.cend(), [page](const Page &p) { return p.widget == page; });
+    if (found != m_pages.cend())
+        setDefault(QString(found->name));
 }
