@@ -832,6 +832,8 @@ void tst_pluginLoading::pluginThatLoadsAllPluginsAnewWhenItIsCleared()
     QCOMPARE(output.standardOutput, fileIsThere ? (noBinding + info("new") + loaded).repeated(2) : QByteArray());
     QCOMPARE(record().found, 1);
     QVERIFY(record().widget && record().module);
+    QVERIFY(m_host.dock(key));
+    QCOMPARE(m_host.dock(key)->widget(), container());
     QCOMPARE(loadText("print 'later'\n").standardOutput, noBinding + info("later") + loaded);
 }
 
