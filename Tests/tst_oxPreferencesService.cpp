@@ -26,6 +26,7 @@ public:
 
     int applied = 0;
     int defaulted = 0;
+    int read = 0;
     std::function<void()> whenTold;
 
 public Q_SLOTS:
@@ -35,7 +36,10 @@ public Q_SLOTS:
         if (whenTold)
             whenTold();
     }
-    Q_INVOKABLE void setDefault() { ++defaulted; }
+    void setDefault() { ++defaulted; }
+
+public:
+    Q_INVOKABLE void readValues() { ++read; }
 };
 
 class WindowedService : public oxPreferencesService
@@ -126,6 +130,7 @@ private Q_SLOTS:
 
     void pagesAreToldByName();
     void allPagesAreTold();
+    void pageReadsValuesWheneverTheDialogOpens();
     void pageWithoutTheMethodsIsPassedOver();
     void pageMayLeaveWhenItIsTold();
     void nullPageIsIgnored();
@@ -388,6 +393,27 @@ void tst_oxPreferencesService::allPagesAreTold()
     }
 }
 
+void tst_oxPreferencesService::pageReadsValuesWheneverTheDialogOpens()
+{
+    Page first;
+    Page second;
+    Page late;
+    m_service->preferencesAdd(QStringLiteral("First"), QString(), &first);
+    m_service->preferencesAdd(QStringLiteral("Second"), QString(), &second);
+    QCOMPARE(first.read, 0);
+    m_service->showPreferences();
+    m_service->preferencesAdd(QStringLiteral("Late"), QString(), &late);
+    tabs()->setCurrentIndex(1);
+    m_service->showPreferences();
+    for (const Page *page : {&first, &second, &late})
+        QCOMPARE(page->read, 1);
+
+    openDialog()->close();
+    m_service->showPreferences();
+    for (const Page *page : {&first, &second, &late})
+        QCOMPARE(page->read, 2);
+}
+
 void tst_oxPreferencesService::pageWithoutTheMethodsIsPassedOver()
 {
     QWidget plain;
@@ -397,10 +423,12 @@ void tst_oxPreferencesService::pageWithoutTheMethodsIsPassedOver()
     const Output output = outputOf([this] {
         m_service->applyChanges();
         m_service->setDefault();
+        m_service->showPreferences();
     });
 
     QCOMPARE(page.applied, 1);
     QCOMPARE(page.defaulted, 1);
+    QCOMPARE(page.read, 1);
     QCOMPARE(output.standardOutput + output.standardError, QByteArray());
 }
 

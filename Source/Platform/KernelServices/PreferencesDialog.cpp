@@ -32,7 +32,13 @@ PreferencesDialog::PreferencesDialog(QWidget *parent)
 
 PreferencesDialog::~PreferencesDialog()
 {
-    giveAllBack();
+    // With loans left, the dialog dies with a widget that it is over. Pages of that one die, too.
+    for (const Loan &loan : qAsConst(m_loans)) {
+        if (isOver(loan.parent))
+            delete loan.page;
+        else
+            giveBack(loan);
+    }
 }
 
 void PreferencesDialog::addPage(const QString &title, QWidget *page)
@@ -55,7 +61,8 @@ void PreferencesDialog::removePage(QWidget *page)
 void PreferencesDialog::done(int result)
 {
     hide();
-    giveAllBack();
+    while (!m_loans.isEmpty())
+        giveBack(m_loans.takeFirst());
     QDialog::done(result);
 }
 
@@ -89,10 +96,12 @@ void PreferencesDialog::giveBack(const Loan &loan)
         loan.page->setParent(loan.parent, loan.flags);
 }
 
-void PreferencesDialog::giveAllBack()
+bool PreferencesDialog::isOver(const QWidget *widget) const
 {
-    while (!m_loans.isEmpty())
-        giveBack(m_loans.takeFirst());
+    const QWidget *ancestor = parentWidget();
+    while (ancestor && ancestor != widget)
+        ancestor = ancestor->parentWidget();
+    return ancestor != nullptr;
 }
 
 void PreferencesDialog::showWhatThereIs()

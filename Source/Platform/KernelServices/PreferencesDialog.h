@@ -11,8 +11,8 @@ class QTabWidget;
 /// The window of oxPreferencesService: a tab for each page.
 ///
 /// The pages are borrowed: each goes back to the parent that it had, hidden, when it is removed
-/// and when the dialog ends; where that parent is gone by then, the page goes as well. The tab of
-/// a page that is deleted goes with it.
+/// and when the dialog closes or is deleted. Where that parent is gone by then, the page goes as
+/// well. The tab of a page that is deleted goes with it.
 class PreferencesDialog : public QDialog
 {
     Q_OBJECT
@@ -41,7 +41,7 @@ private:
 
     void takeClick(QAbstractButton *button);
     void giveBack(const Loan &loan);
-    void giveAllBack();
+    bool isOver(const QWidget *widget) const;
     void showWhatThereIs();
 
     QList<Loan> m_loans;

@@ -15,6 +15,12 @@ QString title(const QString &name, const QString &group)
     return group.isEmpty() ? name : QStringLiteral("%1: %2").arg(group, name);
 }
 
+void tell(QWidget *page, const char *method)
+{
+    if (page->metaObject()->indexOfMethod(QByteArray(method) + "()") >= 0)
+        QMetaObject::invokeMethod(page, method, Qt::DirectConnection);
+}
+
 std::unique_ptr<QSettings> openSettings()
 {
     const QString application = QCoreApplication::applicationName();
@@ -31,7 +37,11 @@ oxPreferencesService::oxPreferencesService(QObject *parent)
 
 oxPreferencesService::~oxPreferencesService()
 {
-    delete m_dialog;
+    const QPointer<PreferencesDialog> dialog = m_dialog;
+    if (!dialog)
+        return;
+    dialog->reject(); // gives the pages back
+    delete dialog;
 }
 
 void oxPreferencesService::preferencesAdd(const QString &name, const QString &group, QWidget *page)
@@ -40,8 +50,10 @@ void oxPreferencesService::preferencesAdd(const QString &name, const QString &gr
         return;
     forget(page);
     m_pages.append({name, group, page});
-    if (m_dialog)
+    if (m_dialog) {
+        tell(page, "readValues");
         m_dialog->addPage(title(name, group), page);
+    }
 }
 
 void oxPreferencesService::preferencesSub(QWidget *page)
@@ -92,6 +104,7 @@ void oxPreferencesService::showPreferences()
             saveChanges();
         });
         connect(m_dialog, &PreferencesDialog::defaultRequested, this, &oxPreferencesService::restoreDefaultsOf);
+        tellPages("readValues", nullptr);
         for (const Page &page : qAsConst(m_pages)) {
             if (page.widget)
                 m_dialog->addPage(title(page.name, page.group), page.widget);
@@ -202,11 +215,10 @@ void oxPreferencesService::forget(QWidget *page)
 // A page may take itself, or another one, out of the preferences while it is told.
 void oxPreferencesService::tellPages(const char *method, const QString *name)
 {
-    const QByteArray signature = QByteArray(method) + "()";
     const QList<Page> pages = m_pages;
     for (const Page &page : pages) {
-        if (page.widget && (!name || page.name == *name) && page.widget->metaObject()->indexOfMethod(signature) >= 0)
-            QMetaObject::invokeMethod(page.widget, method, Qt::DirectConnection);
+        if (page.widget && (!name || page.name == *name))
+            tell(page.widget, method);
     }
 }
 

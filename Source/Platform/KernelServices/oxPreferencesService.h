@@ -14,10 +14,10 @@ class QSettings;
 
 /// The preferences: their pages and their values, in this process.
 ///
-/// A page is a widget of its owner's. It takes part in what the operations do by what its class
-/// offers: a method applyChanges() (a slot or Q_INVOKABLE) puts into effect what the user entered,
-/// a method setDefault() shows the defaults again. A page that fills its fields when it is shown
-/// forgets with that what the user entered and then cancelled.
+/// A page is a widget of its owner's. It takes part in what the operations do by the methods
+/// (slots or Q_INVOKABLE) that its class offers: readValues() fills its fields, whenever the dialog
+/// opens; applyChanges() puts into effect what the user entered; setDefault() shows the defaults
+/// again. Each of them may be missing.
 ///
 /// Values are kept in the settings file of the application (QSettings with its organisation and
 /// name), in the group "Preferences". The key of a value is "Page/Value", so that a page's values
