@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QPalette>
 #include <QStyleFactory>
+#include <QWidget>
 
 void applyAppearance(QApplication *application)
 {
@@ -28,8 +29,18 @@ void applyAppearance(QApplication *application)
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setPalette(palette);
     // A floating panel has no frame of its own on X11.
-    application->setStyleSheet(QStringLiteral(
-        "QDockWidget { font-weight: bold; }"
-        "QDockWidget::title { background: #3a4049; padding: 5px 8px; }"
-        "QDockWidget > QWidget { font-weight: normal; border: 1px solid #3a4049; background: #2b2f36; }"));
+    application->setStyleSheet(
+        QStringLiteral("QDockWidget { font-weight: bold; }"
+                       "QDockWidget::title { background: #3a4049; padding: 5px 8px; }"
+                       "QDockWidget > QWidget { font-weight: normal; border: 1px solid #3a4049; background: #2b2f36; }"
+                       // Fusion would fill the pane of the overlay, which is to be seen through.
+                       "#RenderWindow QTabWidget::pane { border: 1px solid #5a616c; }"));
+}
+
+void applyOverlayAppearance(QWidget *contents)
+{
+    contents->setStyleSheet(QStringLiteral(
+        "QWidget { background-color: rgba(75, 75, 75, 0%); }"
+        "QStackedWidget { background-color: rgba(75, 75, 75, 60%); }"
+        "QPushButton, QLineEdit, QComboBox, QAbstractSpinBox { background-color: rgba(58, 64, 73, 80%); }"));
 }

@@ -1,26 +1,38 @@
 #include "MainWindow.h"
 
 #include <QApplication>
+#include <QFileDialog>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QStatusBar>
 
+#include "OverlayMenu.h"
 #include "RenderView.h"
+#include "oxFileIOService.h"
+#include "oxKernelServiceFactory.h"
 
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent)
+    , m_view(new RenderView)
     , m_message(new QLabel(tr("Open a panel in the menu Scripts; F5 reloads the plugins.")))
+    , m_overlay(new OverlayMenu(this))
 {
     m_message->setTextFormat(Qt::PlainText);
+    m_message->setContentsMargins(4, 0, 4, 0);
     setWindowTitle(tr("Secondary process"));
-    setCentralWidget(new RenderView);
+    setCentralWidget(m_view);
     resize(1100, 700);
 
     QMenu *file = menuBar()->addMenu(tr("&File"));
+    m_open = file->addAction(tr("&Open…"), this, &MainWindow::openFile, QKeySequence::Open);
     file->addAction(tr("&Reload scripts"), this, &MainWindow::reloadRequested, QKeySequence::Refresh);
     file->addSeparator();
+    file->addAction(tr("&Preferences…"), this, &MainWindow::preferencesRequested, Qt::CTRL | Qt::Key_Comma);
+    file->addSeparator();
     file->addAction(tr("&Quit"), qApp, &QApplication::closeAllWindows, QKeySequence::Quit);
+
+    menuBar()->addMenu(m_overlay);
 
     QMenu *help = menuBar()->addMenu(tr("&Help"));
     help->addAction(tr("&About"), this, &MainWindow::showAbout);
@@ -41,6 +53,21 @@ void MainWindow::showMessage(oxMessageService::Severity severity, const QString 
         m_message->setText(tr("Error: %1").arg(text));
         break;
     }
+}
+
+// One at a time: events are processed while a file loads.
+void MainWindow::openFile()
+{
+    const QString file = QFileDialog::getOpenFileName(this, tr("Open"));
+    if (file.isEmpty())
+        return;
+    m_open->setEnabled(false);
+    const bool isLoaded = oxKernelServiceFactory::the()->getService<oxFileIOService>()->loadFile(file);
+    m_open->setEnabled(true);
+    if (isLoaded)
+        showMessage(oxMessageService::Information, tr("Loaded %1").arg(file));
+    else
+        showMessage(oxMessageService::Error, tr("cannot read %1").arg(file));
 }
 
 void MainWindow::showAbout()

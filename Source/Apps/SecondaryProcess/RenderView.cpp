@@ -4,6 +4,8 @@
 
 namespace {
 
+const QColor copper(0xe8, 0x8a, 0x3c);
+
 void paintBackdrop(QPainter *painter, const QRect &area, int horizon)
 {
     QLinearGradient sky(0, 0, 0, horizon);
@@ -36,7 +38,7 @@ void paintFloorGrid(QPainter *painter, const QRect &area, int horizon)
     painter->fillRect(QRect(0, horizon, area.width(), area.height() / 5), haze);
 }
 
-void paintBall(QPainter *painter, const QPointF &centre, double radius)
+void paintBall(QPainter *painter, const QPointF &centre, double radius, const QColor &color)
 {
     painter->setPen(Qt::NoPen);
     QRadialGradient shadow(QPointF(0, 0), 1);
@@ -50,10 +52,10 @@ void paintBall(QPainter *painter, const QPointF &centre, double radius)
     painter->restore();
 
     QRadialGradient ball(centre, radius * 1.6, centre - QPointF(radius * 0.4, radius * 0.5));
-    ball.setColorAt(0, QColor(0xff, 0xe9, 0xd2));
-    ball.setColorAt(0.25, QColor(0xe8, 0x8a, 0x3c));
-    ball.setColorAt(0.7, QColor(0x8c, 0x3d, 0x12));
-    ball.setColorAt(1, QColor(0x2a, 0x12, 0x08));
+    ball.setColorAt(0, QColor::fromHslF(color.hslHueF(), color.hslSaturationF(), 0.91));
+    ball.setColorAt(0.25, color);
+    ball.setColorAt(0.7, color.darker(180));
+    ball.setColorAt(1, color.darker(560));
     painter->setBrush(ball);
     painter->drawEllipse(centre, radius, radius);
 }
@@ -62,9 +64,22 @@ void paintBall(QPainter *painter, const QPointF &centre, double radius)
 
 RenderView::RenderView(QWidget *parent)
     : QWidget(parent)
+    , m_ballColor(copper)
 {
     setObjectName(QStringLiteral("RenderWindow"));
     setMinimumSize(320, 240);
+}
+
+void RenderView::setPlainFloor(bool on)
+{
+    m_plainFloor = on;
+    update();
+}
+
+void RenderView::setBallColor(const QColor &color)
+{
+    m_ballColor = color.isValid() ? color : copper;
+    update();
 }
 
 void RenderView::paintEvent(QPaintEvent *)
@@ -73,10 +88,11 @@ void RenderView::paintEvent(QPaintEvent *)
     painter.setRenderHint(QPainter::Antialiasing);
     const int horizon = height() * 45 / 100;
     paintBackdrop(&painter, rect(), horizon);
-    paintFloorGrid(&painter, rect(), horizon);
-    paintBall(&painter, QPointF(width() * 0.36, height() * 0.56), height() * 0.2);
+    if (!m_plainFloor)
+        paintFloorGrid(&painter, rect(), horizon);
+    paintBall(&painter, QPointF(width() * 0.36, height() * 0.56), height() * 0.2, m_ballColor);
 
     painter.setPen(QColor(255, 255, 255, 170));
-    painter.drawText(rect().adjusted(14, 14, -14, -14), Qt::AlignLeft | Qt::AlignBottom,
+    painter.drawText(rect().adjusted(14, 14, -14, -14), Qt::AlignRight | Qt::AlignBottom,
                      tr("No main process is connected: this picture stands in for the rendered one."));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QWidget>
 
 /// The place of the rendered picture: a floor grid under a horizon while no picture arrives.
@@ -12,6 +13,14 @@ class RenderView : public QWidget
 public:
     explicit RenderView(QWidget *parent = nullptr);
 
+    void setPlainFloor(bool on);
+    /// An invalid colour stands for the usual one.
+    void setBallColor(const QColor &color);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
+
+private:
+    bool m_plainFloor = false;
+    QColor m_ballColor;
 };

@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDockWidget>
-#include <QScreen>
 #include <QTimer>
 
 #include <csignal>
@@ -11,10 +10,14 @@
 
 #include "Appearance.h"
 #include "MainWindow.h"
+#include "Screenshot.h"
+#include "Tour.h"
+#include "ViewPage.h"
 #include "oxKernelInterface.h"
 #include "oxKernelServiceFactory.h"
 #include "oxMainWindowService.h"
 #include "oxMessageService.h"
+#include "oxPreferencesService.h"
 #include "oxQRPCClient.h"
 
 namespace {
@@ -27,18 +30,6 @@ bool openModule(const QString &name)
         return false;
     }
     mainWindow->showModule(name);
-    return true;
-}
-
-// What the user sees: the window and the panels over it, from the screen.
-bool saveScreenshot(const QWidget *window, const QString &fileName)
-{
-    const QRect area = window->frameGeometry();
-    const QPixmap picture = window->screen()->grabWindow(0, area.x(), area.y(), area.width(), area.height());
-    if (!picture.save(fileName)) {
-        fprintf(stderr, "oxSecondaryProcess: cannot write '%s'\n", qPrintable(fileName));
-        return false;
-    }
     return true;
 }
 
@@ -64,7 +55,11 @@ int main(int argc, char **argv)
     const QCommandLineOption screenshot(QStringLiteral("screenshot"),
                                         QStringLiteral("Save a picture of the window to this file, then end."),
                                         QStringLiteral("file"));
-    parser.addOptions({base, plugins, open, screenshot});
+    const QCommandLineOption tour(QStringLiteral("tour"),
+                                  QStringLiteral("Show the overlay, a file that loads and the preferences, save "
+                                                 "pictures of them to this folder, then end."),
+                                  QStringLiteral("folder"));
+    parser.addOptions({base, plugins, open, screenshot, tour});
     parser.process(application);
     if (parser.isSet(base))
         qputenv("OX_BASE_DIR", parser.value(base).toUtf8());
@@ -82,6 +77,11 @@ int main(int argc, char **argv)
     factory->getService<oxMainWindowService>()->setWidget(&window);
     QObject::connect(factory->getService<oxMessageService>(), &oxMessageService::messageReceived, &window,
                      &MainWindow::showMessage);
+    auto *preferences = factory->getService<oxPreferencesService>();
+    preferences->setWidget(&window);
+    preferences->addToPreferences(QStringLiteral("View"), QString(),
+                                  new ViewPage(preferences, window.renderView(), &window));
+    QObject::connect(&window, &MainWindow::preferencesRequested, preferences, &oxPreferencesService::showPreferences);
     QObject::connect(&window, &MainWindow::reloadRequested, kernel, &oxKernelInterface::loadScriptPlugins);
     window.show();
     kernel->loadScriptPlugins();
@@ -93,10 +93,18 @@ int main(int argc, char **argv)
     if (!allOpened)
         return 1;
 
-    if (parser.isSet(screenshot)) {
+    const auto exit = [](bool allSaved) { QApplication::exit(allSaved ? 0 : 1); };
+    Tour pictures(&window, parser.value(tour));
+    QObject::connect(&pictures, &Tour::finished, exit);
+    if (parser.isSet(screenshot) || parser.isSet(tour)) {
         // Long enough for the windows to be painted and for the panels' timers to tick.
-        QTimer::singleShot(1500, &window,
-                           [&] { QApplication::exit(saveScreenshot(&window, parser.value(screenshot)) ? 0 : 1); });
+        QTimer::singleShot(1500, &window, [&] {
+            const bool isSaved = !parser.isSet(screenshot) || saveScreenshot(&window, parser.value(screenshot));
+            if (isSaved && parser.isSet(tour))
+                pictures.start();
+            else
+                exit(isSaved);
+        });
     }
     return QApplication::exec();
 }
