@@ -21,18 +21,20 @@ constexpr int indicatedWidth = 20;
 
 QMainWindow *mainWindow()
 {
-    return oxKernelServiceFactory::the()->getService<oxMainWindowService>()->getWidget();
+    const auto *service = oxKernelServiceFactory::the()->getService<oxMainWindowService>();
+    return service ? service->getWidget() : nullptr;
 }
 
-QWidget *findRenderView()
+// Whatever the contents of the panel are named, the panel cannot go into one of them.
+QWidget *findRenderView(const QWidget *panel)
 {
     const QMainWindow *window = mainWindow();
     if (!window)
         return nullptr;
-    const auto isRenderView = [](const QWidget *widget) {
-        return widget->objectName() == QLatin1String("RenderWindow");
+    const auto isRenderView = [panel](const QWidget *widget) {
+        return widget->objectName() == QLatin1String("RenderWindow") && widget != panel && !panel->isAncestorOf(widget);
     };
-    if (QWidget *view = firstDescendant<QWidget>(window, isRenderView))
+    if (auto *view = firstDescendant<QWidget>(window, isRenderView))
         return view;
     const QWidgetList topLevels = QApplication::topLevelWidgets();
     const auto view = std::find_if(topLevels.begin(), topLevels.end(), isRenderView);
@@ -83,10 +85,10 @@ void oxRenderServiceRemoteImpl::indicateOverlay(bool on)
 
     if (overlayState > Hidden)
         return;
-    QWidget *view = findRenderView();
+    QWidget *view = findRenderView(panel);
     if (!view)
         return;
-    panel->setParent(view);
+    putOver(view);
     panel->resize(panel->sizeHint().width(), view->height());
     panel->move(-panel->width(), 0);
     panel->show();
@@ -99,10 +101,10 @@ void oxRenderServiceRemoteImpl::showOverlay()
 {
     if (!panel || overlayState == Shown)
         return;
-    QWidget *view = findRenderView();
+    QWidget *view = findRenderView(panel);
     if (!view)
         return;
-    panel->setParent(view);
+    putOver(view);
     panel->resize(std::max(panel->sizeHint().width(), view->width() / 5), view->height());
     panel->move(-panel->width(), 0);
     panel->show(); // Deliberate: not raised, unlike when it is indicated
@@ -203,7 +205,24 @@ void oxRenderServiceRemoteImpl::twTimerFinished()
     overlayState = Shown;
 }
 
-// Slides are never stopped: one that starts while another runs runs beside it.
+void oxRenderServiceRemoteImpl::putOver(QWidget *view)
+{
+    panel->setParent(view);
+    connect(view, &QObject::destroyed, this, &oxRenderServiceRemoteImpl::leaveRenderView, Qt::UniqueConnection);
+}
+
+// The view is about to delete its children, but the panel is the service's and holds modules.
+void oxRenderServiceRemoteImpl::leaveRenderView(const QObject *view)
+{
+    if (!panel || panel->parent() != view)
+        return;
+    panel->setParent(nullptr);
+    hoverTimer->stop();
+    overlayState = Hidden;
+}
+
+// No slide is stopped here. Qt itself lets one animation at a time drive a property: a new slide
+// takes over, and the earlier one ends without finished().
 void oxRenderServiceRemoteImpl::animateOverlay(int startX, int endX, int durationMs)
 {
     auto *slide = new QPropertyAnimation(panel, "pos");

@@ -14,9 +14,9 @@ class QTimer;
 /// left edge of the render view and shows the contents of modules as tabs.
 ///
 /// The render view is the first widget named "RenderWindow" in the main window, or else among
-/// the application's top-level widgets. A tab is known by its text, the module's name. Without
-/// a main window, a render view or a module of the name given, and once the view was deleted with
-/// the panel over it, operations do nothing. GUI thread only.
+/// the application's top-level widgets. When it is deleted the panel leaves it, hidden, and goes
+/// over the next one. A tab is known by its text, the module's name. Without a main window,
+/// a render view or a module of the name given operations do nothing. GUI thread only.
 class OXKERNELSERVICESREMOTEIMPL_EXPORT oxRenderServiceRemoteImpl : public oxRenderService
 {
     Q_OBJECT
@@ -54,12 +54,14 @@ private Q_SLOTS:
 private:
     enum OverlayState { Hidden = 0, Indicated = 1, Shown = 2 };
 
+    void putOver(QWidget *view);
+    void leaveRenderView(const QObject *view);
     void animateOverlay(int startX, int endX, int durationMs);
     QOXDockWidget *getDockWidget(const QString &name) const;
     int findTab(const QString &name) const;
 
     QOXBorderSwipeGestureRecognizer *swipeRecognizer = nullptr; ///< Qt's gesture manager owns it
-    QPointer<QTabWidget> panel; ///< goes with the render view that it was last put over
+    QPointer<QTabWidget> panel;                                 ///< owned, also while it is over a render view
     QTimer *hoverTimer = nullptr;
     int overlayState = Hidden;
 };
