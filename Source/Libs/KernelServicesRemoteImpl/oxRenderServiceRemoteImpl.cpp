@@ -78,8 +78,7 @@ void oxRenderServiceRemoteImpl::indicateOverlay(bool on)
     if (!on) {
         if (overlayState != Indicated)
             return;
-        animateOverlay(indicatedWidth - panel->width(), -panel->width(), 200);
-        overlayState = Hidden;
+        slideOut(indicatedWidth - panel->width(), 200);
         return;
     }
 
@@ -116,8 +115,7 @@ void oxRenderServiceRemoteImpl::hideOverlay()
 {
     if (!panel || overlayState == Hidden)
         return;
-    animateOverlay(panel->x(), -panel->width(), 500);
-    overlayState = Hidden;
+    slideOut(panel->x(), 500);
 }
 
 void oxRenderServiceRemoteImpl::addOverlay(const QString &name)
@@ -174,8 +172,7 @@ bool oxRenderServiceRemoteImpl::eventFilter(QObject *watched, QEvent *event)
 
     switch (event->type()) {
     case QEvent::MouseButtonDblClick:
-        animateOverlay(panel->x(), -panel->width(), 500);
-        overlayState = Hidden;
+        slideOut(panel->x(), 500);
         return true;
     case QEvent::Enter:
         if (overlayState != Indicated)
@@ -218,6 +215,14 @@ void oxRenderServiceRemoteImpl::leaveRenderView(const QObject *view)
         return;
     panel->setParent(nullptr);
     hoverTimer->stop();
+    overlayState = Hidden;
+}
+
+// A mouse that rests on a panel that is on its way out must not bring it back.
+void oxRenderServiceRemoteImpl::slideOut(int startX, int durationMs)
+{
+    hoverTimer->stop();
+    animateOverlay(startX, -panel->width(), durationMs);
     overlayState = Hidden;
 }
 

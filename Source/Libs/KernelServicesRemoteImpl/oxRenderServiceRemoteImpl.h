@@ -56,6 +56,7 @@ private:
 
     void putOver(QWidget *view);
     void leaveRenderView(const QObject *view);
+    void slideOut(int startX, int durationMs);
     void animateOverlay(int startX, int endX, int durationMs);
     QOXDockWidget *getDockWidget(const QString &name) const;
     int findTab(const QString &name) const;
