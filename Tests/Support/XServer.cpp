@@ -1,0 +1,95 @@
+#include "XServer.h"
+
+#include <QEventLoop>
+#include <QPoint>
+
+#include <csignal>
+
+#include <sys/prctl.h>
+
+namespace {
+
+constexpr int limit = 20000;
+
+QStringList moveSteps(const QPoint &place)
+{
+    return {QStringLiteral("mousemove"), QString::number(place.x()), QString::number(place.y())};
+}
+
+} // namespace
+
+XServer::XServer()
+{
+    for (const char *variable : {"XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
+        qputenv(variable, m_folder.path().toUtf8());
+    qunsetenv("XAUTHORITY");
+
+    // It chooses its number itself and tells it as soon as it listens.
+    m_server.startAndAwaitOutput(QStringLiteral("Xvfb"),
+                                 {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                                  QStringLiteral("0"), QStringLiteral("1280x900x24"), QStringLiteral("-nolisten"),
+                                  QStringLiteral("tcp")});
+    qputenv("DISPLAY", ":" + m_server.readLine().trimmed());
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    m_windowManager.startAndAwaitOutput(
+        QStringLiteral("openbox"),
+        {QStringLiteral("--sm-disable"), QStringLiteral("--startup"), QStringLiteral("echo ready")});
+}
+
+XServer::~XServer()
+{
+    for (Child *process : {&m_windowManager, &m_server}) {
+        process->terminate();
+        process->waitForFinished();
+    }
+}
+
+void XServer::Child::startAndAwaitOutput(const QString &program, const QStringList &arguments)
+{
+    start(program, arguments);
+    if (!waitForReadyRead(limit))
+        qFatal("%s does not start: %s", qPrintable(program), readAllStandardError().constData());
+}
+
+void XServer::Child::setupChildProcess()
+{
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+}
+
+void Hand::perform(const QStringList &steps)
+{
+    QProcess process;
+    QEventLoop loop;
+    QObject::connect(&process, &QProcess::stateChanged, &loop, [&loop](QProcess::ProcessState state) {
+        if (state == QProcess::NotRunning)
+            loop.quit();
+    });
+    process.start(QStringLiteral("xdotool"), steps);
+    if (process.state() != QProcess::NotRunning)
+        loop.exec();
+    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        qFatal("xdotool %s: %s", qPrintable(steps.join(QLatin1Char(' '))), process.readAllStandardError().constData());
+}
+
+void Hand::moveTo(const QPoint &place)
+{
+    perform(moveSteps(place));
+}
+
+void Hand::click(const QPoint &place)
+{
+    perform(moveSteps(place) + QStringList({QStringLiteral("click"), QStringLiteral("1")}));
+}
+
+void Hand::doubleClick(const QPoint &place)
+{
+    perform(moveSteps(place)
+            + QStringList({QStringLiteral("click"), QStringLiteral("--repeat"), QStringLiteral("2"),
+                           QStringLiteral("--delay"), QStringLiteral("50"), QStringLiteral("1")}));
+}
+
+void Hand::moveToAndOn(const QPoint &place, int milliseconds, const QPoint &next)
+{
+    perform(moveSteps(place) + QStringList({QStringLiteral("sleep"), QString::number(milliseconds / 1000.0)})
+            + moveSteps(next));
+}

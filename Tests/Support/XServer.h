@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QTemporaryDir>
+
+/// A real X server with a window manager, for a test with real input.
+///
+/// Make one before QApplication, which then uses it. Ends with the object.
+class XServer
+{
+public:
+    XServer();
+    ~XServer();
+
+private:
+    Q_DISABLE_COPY(XServer)
+
+    // Goes with this process even when that crashes.
+    class Child : public QProcess
+    {
+    public:
+        void startAndAwaitOutput(const QString &program, const QStringList &arguments);
+
+    protected:
+        void setupChildProcess() override;
+    };
+
+    QTemporaryDir m_folder; // in place of the user's settings
+    Child m_server;
+    Child m_windowManager;
+};
+
+/// A user's hand on the X server's mouse. Each step goes through the server, as a device's events do.
+class Hand
+{
+public:
+    /// Steps as xdotool takes them, such as {"mousemove", "10", "20", "click", "1"}. Waits for their end while
+    /// the application goes on.
+    static void perform(const QStringList &steps);
+
+    static void moveTo(const QPoint &place);
+    static void click(const QPoint &place);
+    static void doubleClick(const QPoint &place);
+
+    /// From one place to another, after a while.
+    static void moveToAndOn(const QPoint &place, int milliseconds, const QPoint &next);
+};
