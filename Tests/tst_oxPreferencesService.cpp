@@ -42,6 +42,22 @@ public:
     Q_INVOKABLE void readValues() { ++read; }
 };
 
+/// Notes whether a widget is put into another one.
+class Moves : public QObject
+{
+public:
+    explicit Moves(QWidget *widget) { widget->installEventFilter(this); }
+
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        count += event->type() == QEvent::ParentChange;
+        return false;
+    }
+};
+
 class WindowedService : public oxPreferencesService
 {
     Q_OBJECT
@@ -641,9 +657,11 @@ void tst_oxPreferencesService::pageGoesWithItsOwnParent()
     QPointer<Page> page = new Page(window.get());
     m_service->preferencesAdd(QStringLiteral("Page"), QString(), page);
     m_service->showPreferences();
+    const Moves moves(page);
     window.reset();
 
     QVERIFY(!page);
+    QCOMPARE(moves.count, 0); // not into a window that is half gone
     m_service->showPreferences();
     QVERIFY(titles().isEmpty());
 }
