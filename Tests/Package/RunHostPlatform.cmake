@@ -1,13 +1,7 @@
 # Builds only the library against four platform libraries that are installed elsewhere.
 #   cmake -DSOURCE=<tree> -DBUILD=<build folder> -DWORK=<scratch folder> -DPythonQt_ROOT=<folder> -P RunHostPlatform.cmake
-file(REMOVE_RECURSE "${WORK}")
-set(prefix "${WORK}/prefix")
+include("${CMAKE_CURRENT_LIST_DIR}/Install.cmake")
 
-function(run)
-    execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
-endfunction()
-
-run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${prefix}")
 run("${CMAKE_COMMAND}" -S "${SOURCE}" -B "${WORK}/build" -G Ninja
     "-DCMAKE_PREFIX_PATH=${prefix}" "-DPythonQt_ROOT=${PythonQt_ROOT}"
     -DOX_BUILD_PLATFORM=OFF -DOX_BUILD_APPS=OFF -DCMAKE_BUILD_TYPE=Debug)
