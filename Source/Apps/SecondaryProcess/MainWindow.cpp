@@ -28,7 +28,7 @@ MainWindow::MainWindow(QWidget *parent)
     m_open = file->addAction(tr("&Open…"), this, &MainWindow::openFile, QKeySequence::Open);
     file->addAction(tr("&Reload scripts"), this, &MainWindow::reloadRequested, QKeySequence::Refresh);
     file->addSeparator();
-    file->addAction(tr("&Preferences…"), this, &MainWindow::preferencesRequested, Qt::CTRL | Qt::Key_Comma);
+    file->addAction(tr("&Preferences…"), this, &MainWindow::preferencesRequested, tr("Ctrl+,"));
     file->addSeparator();
     file->addAction(tr("&Quit"), qApp, &QApplication::closeAllWindows, QKeySequence::Quit);
 

@@ -36,8 +36,8 @@ OverlayMenu::OverlayMenu(QMainWindow *window)
     const auto addCommand = [this](const QString &text, const QKeySequence &shortcut, const auto &command) {
         addAction(text, this, command, shortcut);
     };
-    addCommand(tr("&Move open panels to the overlay"), Qt::CTRL | Qt::Key_F6, [this] { moveAllToOverlay(); });
-    addCommand(tr("&Take panels back"), Qt::CTRL | Qt::SHIFT | Qt::Key_F6, [this] { takeAllBack(); });
+    addCommand(tr("&Move open panels to the overlay"), tr("Ctrl+F6"), [this] { moveAllToOverlay(); });
+    addCommand(tr("&Take panels back"), tr("Ctrl+Shift+F6"), [this] { takeAllBack(); });
     addSeparator();
     addCommand(tr("&Let the overlay peek in"), Qt::Key_F6, [] { renderService()->indicateOverlay(true); });
     addCommand(tr("&Show the overlay"), Qt::Key_F7, [] { renderService()->showOverlay(); });

@@ -3,7 +3,6 @@
 #include <QDockWidget>
 #include <QEventLoop>
 #include <QTemporaryFile>
-#include <QTimer>
 
 #include "MainWindow.h"
 #include "OverlayMenu.h"
@@ -38,26 +37,25 @@ Tour::Tour(MainWindow *window, const QString &folder)
            QStringLiteral("preferences.png")},
       })
 {
+    m_settling.setSingleShot(true);
+    connect(&m_settling, &QTimer::timeout, this, &Tour::goOn);
 }
 
 void Tour::start()
 {
-    goOn();
+    m_stops.first().arrive();
+    m_settling.start(m_stops.first().milliseconds);
 }
 
 void Tour::goOn()
 {
-    if (m_stops.isEmpty()) {
-        Q_EMIT finished(m_allSaved);
-        return;
-    }
     const Stop stop = m_stops.takeFirst();
-    stop.arrive();
-    QTimer::singleShot(stop.milliseconds, this, [this, stop] {
-        if (!stop.picture.isEmpty())
-            save(stop.picture);
-        goOn();
-    });
+    if (!stop.picture.isEmpty())
+        save(stop.picture);
+    if (m_stops.isEmpty())
+        Q_EMIT finished(m_allSaved);
+    else
+        start();
 }
 
 void Tour::movePanelsToOverlay()
@@ -75,22 +73,23 @@ void Tour::loadFile()
     QTemporaryFile scene;
     if (!scene.open() || !scene.resize(50000000))
         return;
-    int uploads = 0;
-    const auto *fileIO = service<oxFileIOService>();
-    const auto connection = connect(fileIO, &oxFileIOService::progress, this, [this, &uploads](int percent) {
+    auto *fileIO = service<oxFileIOService>();
+    const auto connection = connect(fileIO, &oxFileIOService::progress, this, [this, uploads = 0](int percent) mutable {
         if (percent == 65)
             pauseAndSave(QStringLiteral("loading.png"));
         if (percent == 100 && ++uploads == 50)
             pauseAndSave(QStringLiteral("uploading.png"));
     });
-    service<oxFileIOService>()->loadFile(scene.fileName());
+    fileIO->loadFile(scene.fileName());
     disconnect(connection);
 }
 
 void Tour::pauseAndSave(const QString &picture)
 {
     QEventLoop pause;
-    QTimer::singleShot(500, &pause, &QEventLoop::quit);
+    QTimer end;
+    connect(&end, &QTimer::timeout, &pause, &QEventLoop::quit);
+    end.start(500);
     pause.exec();
     save(picture);
 }

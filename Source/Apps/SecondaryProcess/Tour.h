@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 
 #include <functional>
 
@@ -38,5 +39,6 @@ private:
     MainWindow *m_window;
     QString m_folder;
     QList<Stop> m_stops;
+    QTimer m_settling;
     bool m_allSaved = true;
 };

@@ -37,7 +37,7 @@ oxPreferencesService::oxPreferencesService(QObject *parent)
 
 oxPreferencesService::~oxPreferencesService()
 {
-    const QPointer<PreferencesDialog> dialog = m_dialog;
+    PreferencesDialog *dialog = m_dialog;
     if (!dialog)
         return;
     dialog->reject(); // gives the pages back
