@@ -140,11 +140,11 @@ void tst_overlayOnX11::show()
 
 void tst_overlayOnX11::openByMenu()
 {
-    const QMenu *menu = m_host.menu(QStringLiteral("Scripts"));
-    const QMenuBar *bar = m_host.window.menuBar();
-    Hand::click(bar->mapToGlobal(bar->actionGeometry(menu->menuAction()).center()));
+    QMenu *menu = m_host.menu(QStringLiteral("Scripts"));
+    QMenuBar *bar = m_host.window.menuBar();
+    Hand::click(bar, bar->actionGeometry(menu->menuAction()).center());
     QTRY_VERIFY(menu->isVisible());
-    Hand::click(menu->mapToGlobal(menu->actionGeometry(m_host.entry(tool)).center()));
+    Hand::click(menu, menu->actionGeometry(m_host.entry(tool)).center());
     QTRY_VERIFY(!menu->isVisible());
 }
 
@@ -192,8 +192,8 @@ void tst_overlayOnX11::slideIsEvenAndTakesItsTime()
     show();
 
     QVERIFY(std::is_sorted(watch.moves.begin(), watch.moves.end()));
-    QVERIFY2(watch.moves.size() >= 8, qPrintable(QString::number(watch.moves.size())));
-    QVERIFY(watch.lastMove - watch.firstMove >= 400);
+    QVERIFY2(watch.moves.size() >= 5, qPrintable(QString::number(watch.moves.size())));
+    QVERIFY2(watch.lastMove >= 490, qPrintable(QString::number(watch.lastMove)));
 }
 
 void tst_overlayOnX11::doubleClickCloses()
@@ -218,7 +218,7 @@ void tst_overlayOnX11::doubleClickBesideThePanelDoesNotClose()
     show();
     const Watch watch(m_panel);
     Hand::doubleClick(inView(500, 300));
-    Hand::click(inView(50, 300)); // comes after it
+    Hand::click(m_panel, {50, 300}); // comes after it
     QTRY_VERIFY(watch.entered >= 0);
 
     QCOMPARE(watch.moves, QVector<int>());
@@ -255,9 +255,9 @@ void tst_overlayOnX11::checkMarkFollowsTheCloseButton()
     const QDockWidget *dock = m_host.dock(tool);
     QTRY_VERIFY(dock->isVisible());
     QVERIFY(m_host.entry(tool)->isChecked());
-    const auto *button = dock->findChild<QAbstractButton *>(QStringLiteral("qt_dockwidget_closebutton"));
-    QTRY_VERIFY(button->isVisible());
-    Hand::click(button->mapToGlobal(button->rect().center()));
+    auto *button = dock->findChild<QAbstractButton *>(QStringLiteral("qt_dockwidget_closebutton"));
+    QVERIFY(button->isVisible());
+    Hand::click(button, button->rect().center());
 
     QTRY_VERIFY(dock->isHidden());
     QVERIFY(!m_host.entry(tool)->isChecked());

@@ -1,7 +1,8 @@
 #include "XServer.h"
 
 #include <QEventLoop>
-#include <QPoint>
+#include <QTest>
+#include <QWidget>
 
 #include <csignal>
 
@@ -76,9 +77,15 @@ void Hand::moveTo(const QPoint &place)
     perform(moveSteps(place));
 }
 
-void Hand::click(const QPoint &place)
+void Hand::click(QWidget *widget, const QPoint &place)
 {
-    perform(moveSteps(place) + QStringList({QStringLiteral("click"), QStringLiteral("1")}));
+    QWidget *window = widget->window();
+    if (!QTest::qWaitForWindowExposed(window))
+        qFatal("the window is not on the screen");
+    const QPoint inWindow = widget->mapTo(window, place);
+    perform({QStringLiteral("mousemove"), QStringLiteral("--window"), QString::number(window->winId()),
+             QString::number(inWindow.x()), QString::number(inWindow.y()), QStringLiteral("click"),
+             QStringLiteral("1")});
 }
 
 void Hand::doubleClick(const QPoint &place)

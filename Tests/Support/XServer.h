@@ -4,6 +4,9 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+class QPoint;
+class QWidget;
+
 /// A real X server with a window manager, for a test with real input.
 ///
 /// Make one before QApplication, which then uses it. Ends with the object.
@@ -40,7 +43,8 @@ public:
     static void perform(const QStringList &steps);
 
     static void moveTo(const QPoint &place);
-    static void click(const QPoint &place);
+    /// Once the widget's window is on the screen, wherever the window manager puts it.
+    static void click(QWidget *widget, const QPoint &place);
     static void doubleClick(const QPoint &place);
 
     /// From one place to another, after a while.
