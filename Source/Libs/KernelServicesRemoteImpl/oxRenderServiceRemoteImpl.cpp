@@ -167,7 +167,8 @@ void oxRenderServiceRemoteImpl::updateOverlay(const QString &name)
 
 bool oxRenderServiceRemoteImpl::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched != panel)
+    // As it is deleted, the panel still gets events when it is no QTabWidget any more.
+    if (!qobject_cast<QTabWidget *>(watched) || watched != panel)
         return oxRenderService::eventFilter(watched, event);
 
     switch (event->type()) {
