@@ -360,6 +360,9 @@ private Q_SLOTS:
     void updateOfADockWithoutContentDoesNothing();
     void updateOfWhatIsNotThereDoesNothing();
 
+    void tabIsKnownByItsExactText_data();
+    void tabIsKnownByItsExactText();
+
     void withoutAMainWindowNothingHappens();
     void withoutAMainWindowServiceNothingHappens();
     void afterTheMainWindowIsGoneNothingHappens();
@@ -1392,6 +1395,28 @@ void tst_oxRenderServiceRemoteImpl::updateOfWhatIsNotThereDoesNothing()
         stage.service->updateOverlay(name);
 
     QCOMPARE(stage.tabContents(), QWidgetList({content}));
+}
+
+void tst_oxRenderServiceRemoteImpl::tabIsKnownByItsExactText_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("longer") << QStringLiteral("Modules");
+    QTest::newRow("shorter") << QStringLiteral("Modul");
+    QTest::newRow("other case") << QStringLiteral("MODULE");
+}
+
+void tst_oxRenderServiceRemoteImpl::tabIsKnownByItsExactText()
+{
+    QFETCH(QString, text);
+    Stage stage;
+    stage.addTabs({text});
+    const QWidget *content = stage.addModule();
+    stage.service->updateOverlay(module);
+    stage.service->subOverlay(module);
+    QCOMPARE(stage.dock()->widget(), content);
+
+    stage.service->addOverlay(module);
+    QCOMPARE(stage.tabs(), QStringList({text, module}));
 }
 
 // Bad input

@@ -19,7 +19,7 @@ QStringList moveSteps(const QPoint &place)
 
 } // namespace
 
-XServer::XServer()
+XServer::XServer(WindowManager windowManager)
 {
     for (const char *variable : {"XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
         qputenv(variable, m_folder.path().toUtf8());
@@ -32,6 +32,8 @@ XServer::XServer()
                                   QStringLiteral("tcp")});
     qputenv("DISPLAY", ":" + m_server.readLine().trimmed());
     qputenv("QT_QPA_PLATFORM", "xcb");
+    if (windowManager == WithoutWindowManager)
+        return;
     m_windowManager.startAndAwaitOutput(
         QStringLiteral("openbox"),
         {QStringLiteral("--sm-disable"), QStringLiteral("--startup"), QStringLiteral("echo ready")});

@@ -7,13 +7,16 @@
 class QPoint;
 class QWidget;
 
-/// A real X server with a window manager, for a test with real input.
+/// A real X server, for a test with real input or with real pictures.
 ///
-/// Make one before QApplication, which then uses it. Ends with the object.
+/// Make one before QApplication, or before another process is started, which then uses it. Ends
+/// with the object.
 class XServer
 {
 public:
-    XServer();
+    enum WindowManager { WithWindowManager, WithoutWindowManager };
+
+    explicit XServer(WindowManager windowManager = WithWindowManager);
     ~XServer();
 
 private:
