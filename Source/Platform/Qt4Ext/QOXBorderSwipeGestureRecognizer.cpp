@@ -52,10 +52,8 @@ QGestureRecognizer::Result QOXBorderSwipeGestureRecognizer::recognize(QGesture *
         return Ignore;
 
     const QList<QTouchEvent::TouchPoint> fingers = static_cast<QTouchEvent *>(event)->touchPoints();
-    if (event->type() == QEvent::TouchCancel || fingers.size() != 1) {
-        swipe->isTracked = false;
+    if (fingers.size() != 1) // none when touch is called off
         return CancelGesture;
-    }
     const QPointF place = fingers.first().screenPos();
     if (event->type() == QEvent::TouchBegin) {
         swipe->isTracked = true;
