@@ -10,7 +10,9 @@ namespace {
 class Panel : public QWidget
 {
 public:
-    explicit Panel(const QSize &size) : m_size(size) {}
+    explicit Panel(const QSize &size)
+        : m_size(size)
+    {}
     QSize sizeHint() const override { return m_size; }
 
 private:
@@ -51,10 +53,7 @@ public:
         return dock;
     }
 
-    QRect centralArea() const
-    {
-        return QRect(centralWidget()->mapToGlobal(QPoint(0, 0)), centralWidget()->size());
-    }
+    QRect centralArea() const { return QRect(centralWidget()->mapToGlobal(QPoint(0, 0)), centralWidget()->size()); }
 };
 
 } // namespace
@@ -183,7 +182,8 @@ void tst_QOXDockWidget::tellsThatItIsVisibleWhenFirstShown()
     Window window;
     QOXDockWidget *dock = window.addPanel(size);
     QVector<bool> visibility;
-    connect(dock, &QDockWidget::visibilityChanged, this, [&visibility](bool isVisible) { visibility.append(isVisible); });
+    connect(dock, &QDockWidget::visibilityChanged, this,
+            [&visibility](bool isVisible) { visibility.append(isVisible); });
     dock->show();
     dock->hide();
 

@@ -12,7 +12,8 @@ namespace {
 template<class Base, class Derived, class = void>
 constexpr bool isVirtualBase = std::is_base_of_v<Base, Derived>;
 template<class Base, class Derived>
-constexpr bool isVirtualBase<Base, Derived, std::void_t<decltype(static_cast<Derived *>(std::declval<Base *>()))>> = false;
+constexpr bool isVirtualBase<Base, Derived, std::void_t<decltype(static_cast<Derived *>(std::declval<Base *>()))>> =
+    false;
 
 // metaObject, qt_metacast, qt_metacall, two for the destructor, event, eventFilter, timerEvent, childEvent,
 // customEvent, connectNotify, disconnectNotify

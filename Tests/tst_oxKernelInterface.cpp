@@ -58,7 +58,7 @@ QVector<oxKernelInterface *> callTheFromThreads(int count)
     for (oxKernelInterface *&result : results) {
         threads.emplace_back([&waiting, &result] {
             --waiting;
-            while (waiting > 0) { }
+            while (waiting > 0) {}
             result = oxKernelInterface::the();
         });
     }

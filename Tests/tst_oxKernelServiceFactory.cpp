@@ -10,8 +10,7 @@
 #include "oxRenderService.h"
 
 struct ArgumentOfASlot
-{
-};
+{};
 Q_DECLARE_METATYPE(ArgumentOfASlot)
 
 class ServiceWithATypeOfItsOwn : public oxBaseService
@@ -124,7 +123,8 @@ void tst_oxKernelServiceFactory::nullThatWasFiledIsReported()
 
 void tst_oxKernelServiceFactory::objectOfAnotherTypeGivesNullAndNoLine()
 {
-    struct Wanted : oxBaseService {};
+    struct Wanted : oxBaseService
+    {};
     factory()->fileService<Wanted>(new oxMessageService);
 
     const auto lookup = lookUp<Wanted>();
@@ -144,8 +144,10 @@ void tst_oxKernelServiceFactory::filedServiceIsFoundByItsInterface()
 
 void tst_oxKernelServiceFactory::subclassFiledUnderItsInterfaceIsNotFoundByItsOwnType()
 {
-    struct Interface : oxBaseService {};
-    struct Implementation : Interface {};
+    struct Interface : oxBaseService
+    {};
+    struct Implementation : Interface
+    {};
     auto *service = new Implementation;
     factory()->fileService<Interface>(service);
 
@@ -155,7 +157,8 @@ void tst_oxKernelServiceFactory::subclassFiledUnderItsInterfaceIsNotFoundByItsOw
 
 void tst_oxKernelServiceFactory::secondServiceReplacesTheFirstWhichStaysAlive()
 {
-    struct Service : oxBaseService {};
+    struct Service : oxBaseService
+    {};
     const QPointer<Service> first = new Service;
     const QPointer<Service> second = new Service;
     factory()->fileService<Service>(first);
@@ -170,7 +173,8 @@ void tst_oxKernelServiceFactory::secondServiceReplacesTheFirstWhichStaysAlive()
 
 void tst_oxKernelServiceFactory::nothingIsCached()
 {
-    struct Service : oxBaseService {};
+    struct Service : oxBaseService
+    {};
     QVERIFY(lookUp<Service>().error.contains("couldn't find class"));
 
     for (int i = 0; i < 3; ++i) {
@@ -184,12 +188,18 @@ void tst_oxKernelServiceFactory::nothingIsCached()
 
 void tst_oxKernelServiceFactory::servicesAreListedInTheOrderOfFiling()
 {
-    struct A : oxBaseService {};
-    struct B : oxBaseService {};
-    struct C : oxBaseService {};
-    struct D : oxBaseService {};
-    struct E : oxBaseService {};
-    struct F : oxBaseService {};
+    struct A : oxBaseService
+    {};
+    struct B : oxBaseService
+    {};
+    struct C : oxBaseService
+    {};
+    struct D : oxBaseService
+    {};
+    struct E : oxBaseService
+    {};
+    struct F : oxBaseService
+    {};
     const int before = factory()->getServices().size();
     const QList<oxBaseService *> services = file<D, A, F, C, B, E>();
 
@@ -198,9 +208,12 @@ void tst_oxKernelServiceFactory::servicesAreListedInTheOrderOfFiling()
 
 void tst_oxKernelServiceFactory::replacedServiceKeepsItsPlace()
 {
-    struct A : oxBaseService {};
-    struct B : oxBaseService {};
-    struct C : oxBaseService {};
+    struct A : oxBaseService
+    {};
+    struct B : oxBaseService
+    {};
+    struct C : oxBaseService
+    {};
     const int before = factory()->getServices().size();
     QList<oxBaseService *> services = file<A, B, C>();
     services[1] = new B;
@@ -211,7 +224,8 @@ void tst_oxKernelServiceFactory::replacedServiceKeepsItsPlace()
 
 void tst_oxKernelServiceFactory::listIsACopy()
 {
-    struct Service : oxBaseService {};
+    struct Service : oxBaseService
+    {};
     file<Service>();
     const QList<oxBaseService *> before = factory()->getServices();
     factory()->getServices().clear();
@@ -221,8 +235,10 @@ void tst_oxKernelServiceFactory::listIsACopy()
 
 void tst_oxKernelServiceFactory::typesAreRegisteredOnceForEachFilingAndAfterIt()
 {
-    struct A : oxBaseService {};
-    struct B : oxBaseService {};
+    struct A : oxBaseService
+    {};
+    struct B : oxBaseService
+    {};
     typeRegistrations.clear();
     const QList<oxBaseService *> services = file<A, B>();
     factory()->fileService<A>(services.first());

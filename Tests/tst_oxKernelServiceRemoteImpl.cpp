@@ -32,7 +32,8 @@ void tst_oxKernelServiceRemoteImpl::consoleLogWritesTheTextUnchanged_data()
     QTest::newRow("with line feeds") << QStringLiteral("\none\r\ntwo\n") << QByteArray("\none\r\ntwo\n");
     QTest::newRow("percent signs") << QStringLiteral("100 %s %n %%") << QByteArray("100 %s %n %%");
     QTest::newRow("not ASCII") << QStringLiteral("Größe \u20ac \U0001F697")
-                               << QByteArray("Gr\xc3\xb6\xc3\x9f" "e \xe2\x82\xac \xf0\x9f\x9a\x97");
+                               << QByteArray("Gr\xc3\xb6\xc3\x9f"
+                                             "e \xe2\x82\xac \xf0\x9f\x9a\x97");
     QTest::newRow("NUL") << QString::fromLatin1("before\0after", 12) << QByteArray("before");
     QTest::newRow("NUL first") << QString::fromLatin1("\0after", 6) << QByteArray();
     QTest::newRow("long") << QString(100000, QLatin1Char('x')) << QByteArray(100000, 'x');
@@ -106,10 +107,11 @@ void tst_oxKernelServiceRemoteImpl::otherOperationsAreInherited()
         service.salt();
         service.authenticate(QStringLiteral("secret"));
     });
-    QCOMPARE(output.standardError, QByteArray("oxQRPCClient: not connected, oxKernelService::initialize(bool) does nothing\n"
-                                              "oxQRPCClient: not connected, oxKernelService::terminate(bool) does nothing\n"
-                                              "oxQRPCClient: not connected, oxKernelService::salt() does nothing\n"
-                                              "oxQRPCClient: not connected, oxKernelService::authenticate(QString) does nothing\n"));
+    QCOMPARE(output.standardError,
+             QByteArray("oxQRPCClient: not connected, oxKernelService::initialize(bool) does nothing\n"
+                        "oxQRPCClient: not connected, oxKernelService::terminate(bool) does nothing\n"
+                        "oxQRPCClient: not connected, oxKernelService::salt() does nothing\n"
+                        "oxQRPCClient: not connected, oxKernelService::authenticate(QString) does nothing\n"));
     QCOMPARE(output.standardOutput, QByteArray());
 }
 

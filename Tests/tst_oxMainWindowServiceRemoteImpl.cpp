@@ -1009,22 +1009,38 @@ void tst_oxMainWindowServiceRemoteImpl::unavailableOperationPrintsItsLine_data()
         QTest::newRow(name) << operation << line;
     };
 
-    addRow("addSeparator", [](Service *service) { service->addSeparator(tools); return nullptr; },
-           "oxMainWindowService: addSeparator not implemented for Remote Service\n");
-    addRow("setModuleWidget", [](Service *service) { service->setModuleWidget("Module", nullptr); return nullptr; },
-           "oxMainWindowService: setModuleWidget not implemented for Remote Service\n");
-    addRow("getSceneMenu", [](Service *service) { return service->getSceneMenu(); },
-           "oxMainWindowService: getSceneMenu not implemented for Remote Service\n");
-    addRow("getSimpleSceneMenu", [](Service *service) { return service->getSimpleSceneMenu(); },
-           "oxMainWindowService: getSimpleSceneMenu not implemented for Remote Service\n");
-    addRow("getViewMenu", [](Service *service) { return service->getViewMenu(); },
-           "oxMainWindowService: getViewMenu not implemented for Remote Service\n");
-    addRow("getImportMenu", [](Service *service) { return service->getImportMenu(); },
-           "oxMainWindowService: getImportMenu not implemented for Remote Service\n");
-    addRow("getExportMenu, without the blank", [](Service *service) { return service->getExportMenu(); },
-           "oxMainWindowService: getExportMenu not implemented for RemoteService\n");
-    addRow("getSynchronisationToolBar, nothing", [](Service *service) { return service->getSynchronisationToolBar(); },
-           "");
+    addRow(
+        "addSeparator",
+        [](Service *service) {
+            service->addSeparator(tools);
+            return nullptr;
+        },
+        "oxMainWindowService: addSeparator not implemented for Remote Service\n");
+    addRow(
+        "setModuleWidget",
+        [](Service *service) {
+            service->setModuleWidget("Module", nullptr);
+            return nullptr;
+        },
+        "oxMainWindowService: setModuleWidget not implemented for Remote Service\n");
+    addRow(
+        "getSceneMenu", [](Service *service) { return service->getSceneMenu(); },
+        "oxMainWindowService: getSceneMenu not implemented for Remote Service\n");
+    addRow(
+        "getSimpleSceneMenu", [](Service *service) { return service->getSimpleSceneMenu(); },
+        "oxMainWindowService: getSimpleSceneMenu not implemented for Remote Service\n");
+    addRow(
+        "getViewMenu", [](Service *service) { return service->getViewMenu(); },
+        "oxMainWindowService: getViewMenu not implemented for Remote Service\n");
+    addRow(
+        "getImportMenu", [](Service *service) { return service->getImportMenu(); },
+        "oxMainWindowService: getImportMenu not implemented for Remote Service\n");
+    addRow(
+        "getExportMenu, without the blank", [](Service *service) { return service->getExportMenu(); },
+        "oxMainWindowService: getExportMenu not implemented for RemoteService\n");
+    addRow(
+        "getSynchronisationToolBar, nothing", [](Service *service) { return service->getSynchronisationToolBar(); },
+        "");
 }
 
 void tst_oxMainWindowServiceRemoteImpl::unavailableOperationPrintsItsLine()
@@ -1053,7 +1069,8 @@ void tst_oxMainWindowServiceRemoteImpl::availableOperationsPrintNothing()
 {
     Window window;
     // What Qt itself warns of, and Qt Test prints, is not meant.
-    const QtMessageHandler handler = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    const QtMessageHandler handler =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     const Output output = outputOf([&window] {
         window.add(module);
         window.add(module, scripts, nullptr);

@@ -46,8 +46,8 @@ void tst_oxPlatform::folderIsTheVariablesValue()
     QFETCH(QByteArray, variable);
     QFETCH(Getter, folder);
 
-    for (const QByteArray &value : {QByteArray("/opt/app"), QByteArray("relative/"), QByteArray("/\xc3\xa4 \"100 %s\"\n"),
-                                    QByteArray("")}) {
+    for (const QByteArray &value :
+         {QByteArray("/opt/app"), QByteArray("relative/"), QByteArray("/\xc3\xa4 \"100 %s\"\n"), QByteArray("")}) {
         qputenv(variable, value);
         QVERIFY(folder());
         QCOMPARE(QByteArray(folder()), value);

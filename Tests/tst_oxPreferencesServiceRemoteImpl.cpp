@@ -23,7 +23,8 @@ void oxPreferencesService::preferencesAdd(const QString &name, const QString &gr
 {
     additions.append({this, name, group, page});
     using Function = void(oxPreferencesService *, const QString &, const QString &, QWidget *);
-    nextDefinition<Function>("_ZN20oxPreferencesService14preferencesAddERK7QStringS2_P7QWidget")(this, name, group, page);
+    nextDefinition<Function>("_ZN20oxPreferencesService14preferencesAddERK7QStringS2_P7QWidget")(this, name, group,
+                                                                                                 page);
 }
 
 void oxPreferencesService::preferencesSub(QWidget *page)

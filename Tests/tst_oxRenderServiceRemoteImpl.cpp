@@ -59,8 +59,7 @@ class Content : public QLabel
 public:
     explicit Content(int width = 130)
         : m_width(width)
-    {
-    }
+    {}
     QSize sizeHint() const override { return {m_width, 50}; }
     QSize minimumSizeHint() const override { return {10, 10}; }
     void setWidthHint(int width)

@@ -97,14 +97,11 @@ namespace {
 
 // Two keys that come, in the order of the registry, before those of the start, and one after.
 struct FirstKey
-{
-};
+{};
 struct SecondKey
-{
-};
+{};
 struct LastKey
-{
-};
+{};
 
 const QString pluginKey = QStringLiteral("Plugin");
 const QString name = QStringLiteral("oxMessageService");

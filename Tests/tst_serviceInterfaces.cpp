@@ -62,114 +62,129 @@ const std::ptrdiff_t lastSlotOfBase = virtualSlot(&oxBaseService::invokeMethod);
 Interface kernelService()
 {
     using T = oxKernelService;
-    return {"oxKernelService", std::make_shared<T>(), std::make_shared<oxKernelServiceRemoteImpl>(), {
-        {"initialize(bool)", virtualSlot(&T::initialize)},
-        {"terminate(bool)", virtualSlot(&T::terminate)},
-        {"salt()", virtualSlot(&T::salt)},
-        {"authenticate(QString)", virtualSlot(&T::authenticate)},
-        {"consoleLog(QString)", virtualSlot(&T::consoleLog), overridden},
-    }};
+    return {"oxKernelService",
+            std::make_shared<T>(),
+            std::make_shared<oxKernelServiceRemoteImpl>(),
+            {
+                {"initialize(bool)", virtualSlot(&T::initialize)},
+                {"terminate(bool)", virtualSlot(&T::terminate)},
+                {"salt()", virtualSlot(&T::salt)},
+                {"authenticate(QString)", virtualSlot(&T::authenticate)},
+                {"consoleLog(QString)", virtualSlot(&T::consoleLog), overridden},
+            }};
 }
 
 Interface fileIOService()
 {
     using T = oxFileIOService;
-    return {"oxFileIOService", std::make_shared<T>(), std::make_shared<oxFileIOServiceRemoteImpl>(), {
-        {"newFile()", virtualSlot(&T::newFile)},
-        {"loadFile(QString)", virtualSlot(&T::loadFile), overridden},
-        {"saveFile(QString)", virtualSlot(&T::saveFile)},
-        {"getTARNDir()", virtualSlot(&T::getTARNDir)},
-        {"getTARNDataDir()", virtualSlot(&T::getTARNDataDir)},
-        {"getTARNExamplesDir()", virtualSlot(&T::getTARNExamplesDir)},
-        {"getImageReadFilter()", virtualSlot(&T::getImageReadFilter)},
-        {"getImageWriteFilter()", virtualSlot(&T::getImageWriteFilter)},
-    }};
+    return {"oxFileIOService",
+            std::make_shared<T>(),
+            std::make_shared<oxFileIOServiceRemoteImpl>(),
+            {
+                {"newFile()", virtualSlot(&T::newFile)},
+                {"loadFile(QString)", virtualSlot(&T::loadFile), overridden},
+                {"saveFile(QString)", virtualSlot(&T::saveFile)},
+                {"getTARNDir()", virtualSlot(&T::getTARNDir)},
+                {"getTARNDataDir()", virtualSlot(&T::getTARNDataDir)},
+                {"getTARNExamplesDir()", virtualSlot(&T::getTARNExamplesDir)},
+                {"getImageReadFilter()", virtualSlot(&T::getImageReadFilter)},
+                {"getImageWriteFilter()", virtualSlot(&T::getImageWriteFilter)},
+            }};
 }
 
 Interface mainWindowService()
 {
     using T = oxMainWindowService;
-    return {"oxMainWindowService", std::make_shared<T>(), std::make_shared<oxMainWindowServiceRemoteImpl>(), {
-        {"setWidget(QMainWindow*)", virtualSlot(&T::setWidget), overridden},
-        {"getWidget()", virtualSlot(&T::getWidget), overridden},
-        {"addModule(QString,QString,QWidget*,QString,QIcon,QString,Qt::DockWidgetArea)", virtualSlot(&T::addModule),
-         overridden},
-        {"getModule(QString)", virtualSlot(&T::getModule), overridden},
-        {"changeModule(QString,QString,QWidget*)", virtualSlot(&T::changeModule), overridden},
-        {"subModule(QString)", virtualSlot(&T::subModule), overridden},
-        {"showModule(QString)", virtualSlot(&T::showModule), overridden},
-        {"hideModule(QString)", virtualSlot(&T::hideModule), overridden},
-        {"addSeparator(QString)", virtualSlot(&T::addSeparator), overridden},
-        {"getSceneMenu()", virtualSlot(&T::getSceneMenu), overridden},
-        {"getSimpleSceneMenu()", virtualSlot(&T::getSimpleSceneMenu), overridden},
-        {"getViewMenu()", virtualSlot(&T::getViewMenu), overridden},
-        {"getImportMenu()", virtualSlot(&T::getImportMenu), overridden},
-        {"getExportMenu()", virtualSlot(&T::getExportMenu), overridden},
-        {"getSynchronisationToolBar()", virtualSlot(&T::getSynchronisationToolBar), overridden},
-        {"setModuleWidget(const char*,QWidget*)", virtualSlot(&T::setModuleWidget), overridden},
-    }};
+    return {"oxMainWindowService",
+            std::make_shared<T>(),
+            std::make_shared<oxMainWindowServiceRemoteImpl>(),
+            {
+                {"setWidget(QMainWindow*)", virtualSlot(&T::setWidget), overridden},
+                {"getWidget()", virtualSlot(&T::getWidget), overridden},
+                {"addModule(QString,QString,QWidget*,QString,QIcon,QString,Qt::DockWidgetArea)",
+                 virtualSlot(&T::addModule), overridden},
+                {"getModule(QString)", virtualSlot(&T::getModule), overridden},
+                {"changeModule(QString,QString,QWidget*)", virtualSlot(&T::changeModule), overridden},
+                {"subModule(QString)", virtualSlot(&T::subModule), overridden},
+                {"showModule(QString)", virtualSlot(&T::showModule), overridden},
+                {"hideModule(QString)", virtualSlot(&T::hideModule), overridden},
+                {"addSeparator(QString)", virtualSlot(&T::addSeparator), overridden},
+                {"getSceneMenu()", virtualSlot(&T::getSceneMenu), overridden},
+                {"getSimpleSceneMenu()", virtualSlot(&T::getSimpleSceneMenu), overridden},
+                {"getViewMenu()", virtualSlot(&T::getViewMenu), overridden},
+                {"getImportMenu()", virtualSlot(&T::getImportMenu), overridden},
+                {"getExportMenu()", virtualSlot(&T::getExportMenu), overridden},
+                {"getSynchronisationToolBar()", virtualSlot(&T::getSynchronisationToolBar), overridden},
+                {"setModuleWidget(const char*,QWidget*)", virtualSlot(&T::setModuleWidget), overridden},
+            }};
 }
 
 Interface preferencesService()
 {
     using T = oxPreferencesService;
-    return {"oxPreferencesService", std::make_shared<T>(), std::make_shared<oxPreferencesServiceRemoteImpl>(nullptr), {
-        {"setDefault(QString)", virtualSlot(qOverload<const QString &>(&T::setDefault))},
-        {"setDefault()", virtualSlot(qOverload<>(&T::setDefault))},
-        {"saveChanges()", virtualSlot(&T::saveChanges)},
-        {"applyChanges(QString)", virtualSlot(qOverload<const QString &>(&T::applyChanges))},
-        {"applyChanges()", virtualSlot(qOverload<>(&T::applyChanges))},
-        {"showPreferences()", virtualSlot(&T::showPreferences)},
-        {"addToPreferences(QString,QString,QWidget*)", virtualSlot(&T::addToPreferences), overridden},
-        {"subFromPreferences(QWidget*)", virtualSlot(&T::subFromPreferences), overridden},
-        {"setWidget(QMainWindow*)", virtualSlot(&T::setWidget), overridden},
-        {"getWidget()", virtualSlot(&T::getWidget), overridden},
-        {"getStringValue(QString)", virtualSlot(&T::getStringValue)},
-        {"getIntValue(QString)", virtualSlot(&T::getIntValue)},
-        {"getDoubleValue(QString)", virtualSlot(&T::getDoubleValue)},
-        {"getFloatValue(QString)", virtualSlot(&T::getFloatValue)},
-        {"getBoolValue(QString)", virtualSlot(&T::getBoolValue)},
-        {"setStringValue(QString,QString)", virtualSlot(&T::setStringValue)},
-        {"setIntValue(QString,int)", virtualSlot(&T::setIntValue)},
-        {"setDoubleValue(QString,double)", virtualSlot(&T::setDoubleValue)},
-        {"setFloatValue(QString,float)", virtualSlot(&T::setFloatValue)},
-        {"setBoolValue(QString,bool)", virtualSlot(&T::setBoolValue)},
-    }};
+    return {"oxPreferencesService",
+            std::make_shared<T>(),
+            std::make_shared<oxPreferencesServiceRemoteImpl>(nullptr),
+            {
+                {"setDefault(QString)", virtualSlot(qOverload<const QString &>(&T::setDefault))},
+                {"setDefault()", virtualSlot(qOverload<>(&T::setDefault))},
+                {"saveChanges()", virtualSlot(&T::saveChanges)},
+                {"applyChanges(QString)", virtualSlot(qOverload<const QString &>(&T::applyChanges))},
+                {"applyChanges()", virtualSlot(qOverload<>(&T::applyChanges))},
+                {"showPreferences()", virtualSlot(&T::showPreferences)},
+                {"addToPreferences(QString,QString,QWidget*)", virtualSlot(&T::addToPreferences), overridden},
+                {"subFromPreferences(QWidget*)", virtualSlot(&T::subFromPreferences), overridden},
+                {"setWidget(QMainWindow*)", virtualSlot(&T::setWidget), overridden},
+                {"getWidget()", virtualSlot(&T::getWidget), overridden},
+                {"getStringValue(QString)", virtualSlot(&T::getStringValue)},
+                {"getIntValue(QString)", virtualSlot(&T::getIntValue)},
+                {"getDoubleValue(QString)", virtualSlot(&T::getDoubleValue)},
+                {"getFloatValue(QString)", virtualSlot(&T::getFloatValue)},
+                {"getBoolValue(QString)", virtualSlot(&T::getBoolValue)},
+                {"setStringValue(QString,QString)", virtualSlot(&T::setStringValue)},
+                {"setIntValue(QString,int)", virtualSlot(&T::setIntValue)},
+                {"setDoubleValue(QString,double)", virtualSlot(&T::setDoubleValue)},
+                {"setFloatValue(QString,float)", virtualSlot(&T::setFloatValue)},
+                {"setBoolValue(QString,bool)", virtualSlot(&T::setBoolValue)},
+            }};
 }
 
 Interface renderService()
 {
     using T = oxRenderService;
-    return {"oxRenderService", std::make_shared<T>(), std::make_shared<oxRenderServiceRemoteImpl>(), {
-        {"initialize(bool)", virtualSlot(&T::initialize)},
-        {"terminate(bool)", virtualSlot(&T::terminate)},
-        {"getSharedMemoryName()", virtualSlot(&T::getSharedMemoryName)},
-        {"getWidth()", virtualSlot(&T::getWidth)},
-        {"getHeight()", virtualSlot(&T::getHeight)},
-        {"resize(int,int)", virtualSlot(&T::resize)},
-        {"setQuality(int)", virtualSlot(&T::setQuality)},
-        {"getQuality()", virtualSlot(&T::getQuality)},
-        {"setBitrate(int)", virtualSlot(&T::setBitrate)},
-        {"getBitrate()", virtualSlot(&T::getBitrate)},
-        {"setCodec(int)", virtualSlot(&T::setCodec)},
-        {"getCodec()", virtualSlot(&T::getCodec)},
-        {"getFrameBuffer()", virtualSlot(&T::getFrameBuffer)},
-        {"getCompressedFrameBuffer()", virtualSlot(&T::getCompressedFrameBuffer)},
-        {"keyPress(int,int,int,int)", virtualSlot(&T::keyPress)},
-        {"keyRelease(int,int,int,int)", virtualSlot(&T::keyRelease)},
-        {"mouseDoubleClick(int,int,int,int)", virtualSlot(&T::mouseDoubleClick)},
-        {"mousePress(int,int,int,int)", virtualSlot(&T::mousePress)},
-        {"mouseRelease(int,int,int,int)", virtualSlot(&T::mouseRelease)},
-        {"mouseMove(int,int,int,int)", virtualSlot(&T::mouseMove)},
-        {"mouseWheel(int,int,int,int)", virtualSlot(&T::mouseWheel)},
-        {"sendTouchEvent(QByteArray)", virtualSlot(&T::sendTouchEvent)},
-        {"indicateOverlay(bool)", virtualSlot(&T::indicateOverlay), overridden},
-        {"showOverlay()", virtualSlot(&T::showOverlay), overridden},
-        {"hideOverlay()", virtualSlot(&T::hideOverlay), overridden},
-        {"addOverlay(QString)", virtualSlot(&T::addOverlay), overridden},
-        {"subOverlay(QString)", virtualSlot(&T::subOverlay), overridden},
-        {"updateOverlay(QString)", virtualSlot(&T::updateOverlay), overridden},
-    }};
+    return {"oxRenderService",
+            std::make_shared<T>(),
+            std::make_shared<oxRenderServiceRemoteImpl>(),
+            {
+                {"initialize(bool)", virtualSlot(&T::initialize)},
+                {"terminate(bool)", virtualSlot(&T::terminate)},
+                {"getSharedMemoryName()", virtualSlot(&T::getSharedMemoryName)},
+                {"getWidth()", virtualSlot(&T::getWidth)},
+                {"getHeight()", virtualSlot(&T::getHeight)},
+                {"resize(int,int)", virtualSlot(&T::resize)},
+                {"setQuality(int)", virtualSlot(&T::setQuality)},
+                {"getQuality()", virtualSlot(&T::getQuality)},
+                {"setBitrate(int)", virtualSlot(&T::setBitrate)},
+                {"getBitrate()", virtualSlot(&T::getBitrate)},
+                {"setCodec(int)", virtualSlot(&T::setCodec)},
+                {"getCodec()", virtualSlot(&T::getCodec)},
+                {"getFrameBuffer()", virtualSlot(&T::getFrameBuffer)},
+                {"getCompressedFrameBuffer()", virtualSlot(&T::getCompressedFrameBuffer)},
+                {"keyPress(int,int,int,int)", virtualSlot(&T::keyPress)},
+                {"keyRelease(int,int,int,int)", virtualSlot(&T::keyRelease)},
+                {"mouseDoubleClick(int,int,int,int)", virtualSlot(&T::mouseDoubleClick)},
+                {"mousePress(int,int,int,int)", virtualSlot(&T::mousePress)},
+                {"mouseRelease(int,int,int,int)", virtualSlot(&T::mouseRelease)},
+                {"mouseMove(int,int,int,int)", virtualSlot(&T::mouseMove)},
+                {"mouseWheel(int,int,int,int)", virtualSlot(&T::mouseWheel)},
+                {"sendTouchEvent(QByteArray)", virtualSlot(&T::sendTouchEvent)},
+                {"indicateOverlay(bool)", virtualSlot(&T::indicateOverlay), overridden},
+                {"showOverlay()", virtualSlot(&T::showOverlay), overridden},
+                {"hideOverlay()", virtualSlot(&T::hideOverlay), overridden},
+                {"addOverlay(QString)", virtualSlot(&T::addOverlay), overridden},
+                {"subOverlay(QString)", virtualSlot(&T::subOverlay), overridden},
+                {"updateOverlay(QString)", virtualSlot(&T::updateOverlay), overridden},
+            }};
 }
 
 QVector<Interface> interfaces()
@@ -186,9 +201,8 @@ void addService(const char *name, Arguments... arguments)
 
 QByteArray describe(const QMetaMethod &method)
 {
-    static const QHash<int, QByteArray> access{{QMetaMethod::Private, "private"},
-                                               {QMetaMethod::Protected, "protected"},
-                                               {QMetaMethod::Public, "public"}};
+    static const QHash<int, QByteArray> access{
+        {QMetaMethod::Private, "private"}, {QMetaMethod::Protected, "protected"}, {QMetaMethod::Public, "public"}};
     static const QHash<int, QByteArray> type{
         {QMetaMethod::Method, "method"}, {QMetaMethod::Signal, "signal"}, {QMetaMethod::Slot, "slot"}};
     return access.value(method.access()) + ' ' + type.value(method.methodType()) + ' ' + method.typeName() + ' '
@@ -305,7 +319,8 @@ void tst_serviceInterfaces::operationIsKnownByItsSignature_data()
     QTest::addColumn<QByteArray>("signature");
     for (const Interface &interface : interfaces()) {
         for (const Operation &operation : interface.operations)
-            QTest::newRow(interface.name + "::" + operation.signature) << interface.plain << QByteArray(operation.signature);
+            QTest::newRow(interface.name + "::" + operation.signature)
+                << interface.plain << QByteArray(operation.signature);
     }
 }
 
@@ -326,8 +341,8 @@ void tst_serviceInterfaces::subclassOverridesWhatItShouldAndNothingElse_data()
     QTest::addColumn<bool>("isOverridden");
     for (const Interface &interface : interfaces()) {
         const auto addRow = [&interface](const char *signature, std::ptrdiff_t slot, bool isOverridden) {
-            QTest::newRow(interface.name + "::" + signature) << interface.plain << interface.remote << qint64(slot)
-                                                             << isOverridden;
+            QTest::newRow(interface.name + "::" + signature)
+                << interface.plain << interface.remote << qint64(slot) << isOverridden;
         };
         addRow("eventFilter(QObject*,QEvent*)", slotOfEventFilter, interface.name == "oxRenderService");
         for (std::ptrdiff_t slot = slotOfEventFilter + 1; slot <= lastSlotOfBase; ++slot)

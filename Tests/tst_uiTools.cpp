@@ -32,14 +32,16 @@ namespace {
 QByteArray form(const QByteArray &topWidget)
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ui version=\"4.0\">\n <class>Form</class>\n"
-           " <widget class=\"" + topWidget + "\" name=\"Form\">\n"
-           "  <property name=\"windowTitle\"><string>A title</string></property>\n"
-           "  <layout class=\"QVBoxLayout\" name=\"column\">\n"
-           "   <item><widget class=\"QPushButton\" name=\"button\">"
-           "<property name=\"text\"><string>Press</string></property></widget></item>\n"
-           "   <item><widget class=\"QGroupBox\" name=\"box\"><layout class=\"QVBoxLayout\" name=\"inner\">"
-           "<item><widget class=\"QLabel\" name=\"label\"/></item></layout></widget></item>\n"
-           "  </layout>\n </widget>\n</ui>\n";
+           " <widget class=\""
+        + topWidget
+        + "\" name=\"Form\">\n"
+          "  <property name=\"windowTitle\"><string>A title</string></property>\n"
+          "  <layout class=\"QVBoxLayout\" name=\"column\">\n"
+          "   <item><widget class=\"QPushButton\" name=\"button\">"
+          "<property name=\"text\"><string>Press</string></property></widget></item>\n"
+          "   <item><widget class=\"QGroupBox\" name=\"box\"><layout class=\"QVBoxLayout\" name=\"inner\">"
+          "<item><widget class=\"QLabel\" name=\"label\"/></item></layout></widget></item>\n"
+          "  </layout>\n </widget>\n</ui>\n";
 }
 
 } // namespace

@@ -35,13 +35,11 @@ public:
     explicit Value(int type)
         : m_type(type)
         , m_data(QMetaType::create(type))
-    {
-    }
+    {}
     Value(const Value &other)
         : m_type(other.m_type)
         , m_data(QMetaType::create(m_type, other.m_data))
-    {
-    }
+    {}
     ~Value() { QMetaType::destroy(m_type, m_data); }
     Value &operator=(const Value &) = delete;
 

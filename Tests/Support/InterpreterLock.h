@@ -9,8 +9,7 @@ class InterpreterLock
 public:
     InterpreterLock()
         : m_state(PyGILState_Ensure())
-    {
-    }
+    {}
     ~InterpreterLock() { PyGILState_Release(m_state); }
 
     InterpreterLock(const InterpreterLock &) = delete;

@@ -49,8 +49,7 @@ OutputCapture::OutputCapture()
     : m_output(STDOUT_FILENO)
     , m_error(STDERR_FILENO)
     , m_messageHandler(qInstallMessageHandler(printMessage))
-{
-}
+{}
 
 OutputCapture::~OutputCapture()
 {

@@ -9,8 +9,7 @@ class Touch
 public:
     explicit Touch(QWidget *widget)
         : m_widget(widget)
-    {
-    }
+    {}
 
     /// The fingers lie side by side, from @p place downwards.
     void press(const QPoint &place, int fingers = 1)

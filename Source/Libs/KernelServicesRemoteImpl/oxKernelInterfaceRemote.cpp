@@ -250,8 +250,7 @@ oxKernelInterface *oxKernelInterface::the()
 
 oxKernelInterface::oxKernelInterface()
     : d(new oxKernelInterfaceP)
-{
-}
+{}
 
 oxKernelInterface::~oxKernelInterface()
 {
@@ -382,12 +381,12 @@ void oxKernelInterface::callAllInit()
 
 void oxKernelInterface::loopAll() {}
 
-void oxKernelInterface::pythonStdOut(QString text)
+void oxKernelInterface::pythonStdOut(QString text) // NOLINT(performance-unnecessary-value-param)
 {
     echoLines(&d->stdOutBuffer, text, [](const char *line) { printf("python info: '%s'\n", line); });
 }
 
-void oxKernelInterface::pythonStdErr(QString text)
+void oxKernelInterface::pythonStdErr(QString text) // NOLINT(performance-unnecessary-value-param)
 {
     echoLines(&d->stdErrBuffer, text, [](const char *line) { fprintf(stderr, "python error: '%s'\n", line); });
 }

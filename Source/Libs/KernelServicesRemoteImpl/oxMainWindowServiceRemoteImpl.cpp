@@ -167,7 +167,7 @@ QAction *oxMainWindowServiceRemoteImpl::findEntry(const QString &name) const
 QMenu *oxMainWindowServiceRemoteImpl::findOrCreateMenu(const QString &title)
 {
     QMenuBar *menuBar = mainWindow->menuBar();
-    QMenu *menu = firstDescendant<QMenu>(menuBar, [&title](const QMenu *m) { return m->title() == title; });
+    auto *menu = firstDescendant<QMenu>(menuBar, [&title](const QMenu *m) { return m->title() == title; });
     if (menu)
         return menu;
     if (!helpAction)

@@ -6,8 +6,7 @@
 
 oxBaseService::oxBaseService(QObject *parent)
     : QObject(parent)
-{
-}
+{}
 
 oxBaseService::~oxBaseService() = default;
 

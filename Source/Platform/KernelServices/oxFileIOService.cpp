@@ -33,8 +33,7 @@ bool readInPieces(QFile *file, const Report &report)
 
 oxFileIOService::oxFileIOService(QObject *parent)
     : oxBaseService(parent)
-{
-}
+{}
 
 oxFileIOService::~oxFileIOService() = default;
 

@@ -2,8 +2,7 @@
 
 oxKernelService::oxKernelService(QObject *parent)
     : oxBaseService(parent)
-{
-}
+{}
 
 oxKernelService::~oxKernelService() = default;
 

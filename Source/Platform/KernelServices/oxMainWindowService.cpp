@@ -2,8 +2,7 @@
 
 oxMainWindowService::oxMainWindowService(QObject *parent)
     : oxBaseService(parent)
-{
-}
+{}
 
 oxMainWindowService::~oxMainWindowService() = default;
 
@@ -16,8 +15,7 @@ QMainWindow *oxMainWindowService::getWidget() const
 
 void oxMainWindowService::addModule(const QString &, const QString &, QWidget *, const QString &, const QIcon &,
                                     const QString &, Qt::DockWidgetArea)
-{
-}
+{}
 
 QDockWidget *oxMainWindowService::getModule(const QString &)
 {

@@ -2,8 +2,7 @@
 
 oxMessageService::oxMessageService(QObject *parent)
     : oxBaseService(parent)
-{
-}
+{}
 
 oxMessageService::~oxMessageService() = default;
 

@@ -32,8 +32,7 @@ std::unique_ptr<QSettings> openSettings()
 
 oxPreferencesService::oxPreferencesService(QObject *parent)
     : oxBaseService(parent)
-{
-}
+{}
 
 oxPreferencesService::~oxPreferencesService()
 {

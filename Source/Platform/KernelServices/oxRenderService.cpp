@@ -2,8 +2,7 @@
 
 oxRenderService::oxRenderService(QObject *parent)
     : oxBaseService(parent)
-{
-}
+{}
 
 oxRenderService::~oxRenderService() = default;
 
@@ -112,7 +111,7 @@ void oxRenderService::mouseWheel(int x, int y, int delta, int modifiers)
     call(staticMetaObject, "mouseWheel(int,int,int,int)", x, y, delta, modifiers);
 }
 
-void oxRenderService::sendTouchEvent(QByteArray event)
+void oxRenderService::sendTouchEvent(QByteArray event) // NOLINT(performance-unnecessary-value-param)
 {
     call(staticMetaObject, "sendTouchEvent(QByteArray)", event);
 }

@@ -6,8 +6,7 @@
 
 oxQRPCClient::oxQRPCClient(QObject *parent)
     : QObject(parent)
-{
-}
+{}
 
 oxQRPCClient::~oxQRPCClient() = default;
 
