@@ -187,9 +187,83 @@ Interface renderService()
             }};
 }
 
+Interface materialService()
+{
+    using T = oxMaterialService;
+    return {"oxMaterialService",
+            std::make_shared<T>(),
+            std::make_shared<T>(),
+            {
+                {"getMaterials()", virtualSlot(&T::getMaterials)},
+                {"getNames(QList<oxdMaterial>)", virtualSlot(&T::getNames)},
+                {"getTypes(QList<oxdMaterial>)", virtualSlot(&T::getTypes)},
+                {"getColors(QList<oxdMaterial>)", virtualSlot(&T::getColors)},
+                {"setColor(QList<oxdMaterial>,QColor)", virtualSlot(&T::setColor)},
+                {"getGloss(QList<oxdMaterial>)", virtualSlot(&T::getGloss)},
+                {"setGloss(QList<oxdMaterial>,double)", virtualSlot(&T::setGloss)},
+            }};
+}
+
+Interface cameraService()
+{
+    using T = oxCameraService;
+    return {"oxCameraService",
+            std::make_shared<T>(),
+            std::make_shared<T>(),
+            {
+                {"getCameras()", virtualSlot(&T::getCameras)},
+                {"getNames(QList<oxdSceneObject>)", virtualSlot(&T::getNames)},
+                {"getActiveCamera()", virtualSlot(&T::getActiveCamera)},
+                {"setActiveCamera(QList<oxdSceneObject>)", virtualSlot(&T::setActiveCamera)},
+                {"getAzimuth()", virtualSlot(&T::getAzimuth)},
+                {"getElevation()", virtualSlot(&T::getElevation)},
+                {"getDistance()", virtualSlot(&T::getDistance)},
+                {"setView(double,double,double)", virtualSlot(&T::setView)},
+                {"orbit(double,double)", virtualSlot(&T::orbit)},
+                {"zoom(double)", virtualSlot(&T::zoom)},
+                {"reset()", virtualSlot(&T::reset)},
+                {"isTurning()", virtualSlot(&T::isTurning)},
+                {"setTurning(bool)", virtualSlot(&T::setTurning)},
+            }};
+}
+
+Interface nodeService()
+{
+    using T = oxNodeService;
+    return {"oxNodeService",
+            std::make_shared<T>(),
+            std::make_shared<T>(),
+            {
+                {"getNodes()", virtualSlot(&T::getNodes)},
+                {"getNames(QVector<oxdNode>)", virtualSlot(&T::getNames)},
+                {"getVisible(QVector<oxdNode>)", virtualSlot(&T::getVisible)},
+                {"setVisible(QVector<oxdNode>,bool)", virtualSlot(&T::setVisible)},
+                {"getMaterials(QVector<oxdNode>)", virtualSlot(&T::getMaterials)},
+                {"setMaterial(QVector<oxdNode>,QList<oxdMaterial>)", virtualSlot(&T::setMaterial)},
+            }};
+}
+
+Interface undoService()
+{
+    using T = oxUndoService;
+    return {"oxUndoService",
+            std::make_shared<T>(),
+            std::make_shared<T>(),
+            {
+                {"undo()", virtualSlot(&T::undo)},
+                {"redo()", virtualSlot(&T::redo)},
+                {"canUndo()", virtualSlot(&T::canUndo)},
+                {"canRedo()", virtualSlot(&T::canRedo)},
+                {"undoText()", virtualSlot(&T::undoText)},
+                {"redoText()", virtualSlot(&T::redoText)},
+            }};
+}
+
+// The last four have no local subclass.
 QVector<Interface> interfaces()
 {
-    return {kernelService(), fileIOService(), mainWindowService(), preferencesService(), renderService()};
+    return {kernelService(),   fileIOService(), mainWindowService(), preferencesService(), renderService(),
+            materialService(), cameraService(), nodeService(),       undoService()};
 }
 
 template<class Service, class Base = oxBaseService, class... Arguments>
@@ -234,7 +308,8 @@ private Q_SLOTS:
     void subclassOverridesWhatItShouldAndNothingElse();
     void subclassHasTheseMethodsOfItsOwn_data();
     void subclassHasTheseMethodsOfItsOwn();
-    void fileServiceTellsItsProgress();
+    void signalIsKnownByItsSignature_data();
+    void signalIsKnownByItsSignature();
 };
 
 void tst_serviceInterfaces::classHasItsPlaceInTheTree_data()
@@ -386,12 +461,25 @@ void tst_serviceInterfaces::subclassHasTheseMethodsOfItsOwn()
     QCOMPARE(metaObject->propertyCount(), metaObject->propertyOffset());
 }
 
-void tst_serviceInterfaces::fileServiceTellsItsProgress()
+void tst_serviceInterfaces::signalIsKnownByItsSignature_data()
 {
-    const QMetaObject &metaObject = oxFileIOService::staticMetaObject;
-    const int progress = metaObject.indexOfSignal("progress(int)");
+    QTest::addColumn<const QMetaObject *>("metaObject");
+    QTest::addColumn<QByteArray>("signature");
 
-    QVERIFY(progress >= metaObject.methodOffset());
+    QTest::newRow("progress") << &oxFileIOService::staticMetaObject << QByteArray("progress(int)");
+    QTest::newRow("frame") << &oxRenderService::staticMetaObject << QByteArray("frameRendered(int)");
+    QTest::newRow("materials") << &oxMaterialService::staticMetaObject << QByteArray("materialsChanged()");
+    QTest::newRow("camera") << &oxCameraService::staticMetaObject << QByteArray("cameraChanged()");
+    QTest::newRow("nodes") << &oxNodeService::staticMetaObject << QByteArray("nodesChanged()");
+    QTest::newRow("undo") << &oxUndoService::staticMetaObject << QByteArray("changed()");
+}
+
+void tst_serviceInterfaces::signalIsKnownByItsSignature()
+{
+    QFETCH(const QMetaObject *, metaObject);
+    QFETCH(QByteArray, signature);
+
+    QVERIFY(metaObject->indexOfSignal(signature) >= metaObject->methodOffset());
 }
 
 QTEST_MAIN(tst_serviceInterfaces)

@@ -20,6 +20,7 @@ public Q_SLOTS:
     // Their order is that of the slots in the table of virtual functions: part of the interface.
     virtual bool initialize(bool master);
     virtual bool terminate(bool force);
+    /// Where the rendered frames are, for oxFrameReader.
     virtual QString getSharedMemoryName();
     virtual int getWidth();
     virtual int getHeight();
@@ -46,4 +47,8 @@ public Q_SLOTS:
     virtual void addOverlay(const QString &name);
     virtual void subOverlay(const QString &name);
     virtual void updateOverlay(const QString &name);
+
+Q_SIGNALS:
+    /// A new frame is in the shared memory. Frames are numbered from 1.
+    void frameRendered(int number);
 };
