@@ -190,7 +190,6 @@ void tst_pluginFixtures::nextScansDoTheSame()
 
 void tst_pluginFixtures::workingPluginsWorkBesideTheOthers()
 {
-    qRegisterMetaType<oxMessageService::Severity>("oxMessageService::Severity");
     const QSignalSpy messages(oxKernelServiceFactory::the()->getService<oxMessageService>(),
                               &oxMessageService::messageReceived);
     checkScan();

@@ -40,7 +40,7 @@ MainWindow::MainWindow(QWidget *parent)
     statusBar()->addWidget(m_message, 1); // stays, unlike a shown message, when a menu is opened
 }
 
-void MainWindow::showMessage(oxMessageService::Severity severity, const QString &text)
+void MainWindow::showMessage(int severity, const QString &text)
 {
     switch (severity) {
     case oxMessageService::Information:

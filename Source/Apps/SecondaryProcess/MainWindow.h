@@ -21,7 +21,7 @@ public:
     OverlayMenu *overlayMenu() const { return m_overlay; }
 
 public Q_SLOTS:
-    void showMessage(oxMessageService::Severity severity, const QString &text);
+    void showMessage(int severity, const QString &text);
 
 Q_SIGNALS:
     void reloadRequested();

@@ -28,6 +28,11 @@ oxQRPCClient *oxBaseService::client() const
     return m_client;
 }
 
+bool oxBaseService::isConnected() const
+{
+    return m_client && m_client->isConnected();
+}
+
 void oxBaseService::callMethod(const QMetaObject &metaObject, const char *signature,
                                std::initializer_list<void *> arguments) const
 {

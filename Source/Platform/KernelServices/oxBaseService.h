@@ -36,6 +36,9 @@ public:
 
     oxQRPCClient *client() const;
 
+    /// Whether a call reaches the main process.
+    bool isConnected() const;
+
 protected:
     /// Calls an operation of an interface through invokeMethod().
     ///

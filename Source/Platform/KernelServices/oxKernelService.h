@@ -10,6 +10,7 @@
 class OXKERNELSERVICES_EXPORT oxKernelService : public oxBaseService
 {
     Q_OBJECT
+    Q_CLASSINFO("RemoteObject Type", "oxKernelService")
 
 public:
     explicit oxKernelService(QObject *parent = nullptr);

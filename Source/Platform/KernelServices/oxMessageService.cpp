@@ -8,15 +8,23 @@ oxMessageService::~oxMessageService() = default;
 
 void oxMessageService::information(const QString &text)
 {
-    Q_EMIT messageReceived(Information, text);
+    send("information(QString)", Information, text);
 }
 
 void oxMessageService::warning(const QString &text)
 {
-    Q_EMIT messageReceived(Warning, text);
+    send("warning(QString)", Warning, text);
 }
 
 void oxMessageService::error(const QString &text)
 {
-    Q_EMIT messageReceived(Error, text);
+    send("error(QString)", Error, text);
+}
+
+void oxMessageService::send(const char *signature, Severity severity, const QString &text)
+{
+    if (isConnected())
+        call(staticMetaObject, signature, text);
+    else
+        Q_EMIT messageReceived(severity, text);
 }

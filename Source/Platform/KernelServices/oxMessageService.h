@@ -6,15 +6,16 @@
 
 /// Tells the user something.
 ///
-/// The only service that scripts see, as the global oxMessageService. This implementation shows
-/// a message in the process that sends it: whoever listens to messageReceived() displays it.
+/// The service that scripts see as the global oxMessageService. A message goes to the main process,
+/// which tells all processes; without a connection it stays in this one. Whoever listens to
+/// messageReceived() displays it.
 class OXKERNELSERVICES_EXPORT oxMessageService : public oxBaseService
 {
     Q_OBJECT
+    Q_CLASSINFO("RemoteObject Type", "oxMessageService")
 
 public:
-    enum Severity { Information, Warning, Error };
-    Q_ENUM(Severity)
+    enum Severity { Information, Warning, Error }; // not Q_ENUM: enumerations do not travel
 
     explicit oxMessageService(QObject *parent = nullptr);
     ~oxMessageService() override;
@@ -25,5 +26,9 @@ public Q_SLOTS:
     virtual void error(const QString &text);
 
 Q_SIGNALS:
-    void messageReceived(oxMessageService::Severity severity, const QString &text);
+    /// @param severity a Severity
+    void messageReceived(int severity, const QString &text);
+
+private:
+    void send(const char *signature, Severity severity, const QString &text);
 };

@@ -62,19 +62,26 @@ void oxPreferencesService::preferencesSub(QWidget *page)
 
 void oxPreferencesService::setDefault(const QString &page)
 {
-    if (!page.isEmpty()) // or else QSettings takes it for all
+    if (isConnected())
+        call(staticMetaObject, "setDefault(QString)", page);
+    else if (!page.isEmpty()) // or else QSettings takes it for all
         settings()->remove(page);
     tellPages("setDefault", &page);
 }
 
 void oxPreferencesService::setDefault()
 {
-    settings()->remove(QString());
+    if (isConnected())
+        call(staticMetaObject, "setDefault()");
+    else
+        settings()->remove(QString());
     tellPages("setDefault", nullptr);
 }
 
 void oxPreferencesService::saveChanges()
 {
+    if (isConnected())
+        return call(staticMetaObject, "saveChanges()");
     // One of its own, as the status of a QSettings does not recover: both share what is to be written.
     const std::unique_ptr<QSettings> writer = openSettings();
     writer->sync();
@@ -133,51 +140,71 @@ QMainWindow *oxPreferencesService::getWidget()
 
 QString oxPreferencesService::getStringValue(const QString &key)
 {
+    if (isConnected())
+        return call<QString>(staticMetaObject, "getStringValue(QString)", key);
     return value(key).toString();
 }
 
 int oxPreferencesService::getIntValue(const QString &key)
 {
+    if (isConnected())
+        return call<int>(staticMetaObject, "getIntValue(QString)", key);
     return value(key).toInt();
 }
 
 double oxPreferencesService::getDoubleValue(const QString &key)
 {
+    if (isConnected())
+        return call<double>(staticMetaObject, "getDoubleValue(QString)", key);
     return value(key).toDouble();
 }
 
 float oxPreferencesService::getFloatValue(const QString &key)
 {
+    if (isConnected())
+        return call<float>(staticMetaObject, "getFloatValue(QString)", key);
     return value(key).toFloat();
 }
 
 bool oxPreferencesService::getBoolValue(const QString &key)
 {
+    if (isConnected())
+        return call<bool>(staticMetaObject, "getBoolValue(QString)", key);
     return value(key).toBool();
 }
 
 void oxPreferencesService::setStringValue(const QString &key, const QString &value)
 {
+    if (isConnected())
+        return call(staticMetaObject, "setStringValue(QString,QString)", key, value);
     setValue(key, value);
 }
 
 void oxPreferencesService::setIntValue(const QString &key, int value)
 {
+    if (isConnected())
+        return call(staticMetaObject, "setIntValue(QString,int)", key, value);
     setValue(key, value);
 }
 
 void oxPreferencesService::setDoubleValue(const QString &key, double value)
 {
+    if (isConnected())
+        return call(staticMetaObject, "setDoubleValue(QString,double)", key, value);
     setValue(key, value);
 }
 
 void oxPreferencesService::setFloatValue(const QString &key, float value)
 {
+    if (isConnected())
+        return call(staticMetaObject, "setFloatValue(QString,float)", key, value);
     setValue(key, static_cast<double>(value)); // a float would be written as bytes nobody can read
 }
 
 void oxPreferencesService::setBoolValue(const QString &key, bool value)
 {
+    if (isConnected())
+        return call(staticMetaObject, "setBoolValue(QString,bool)", key, value);
     setValue(key, value);
 }
 

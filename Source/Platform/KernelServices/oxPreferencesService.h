@@ -12,7 +12,10 @@
 class PreferencesDialog;
 class QSettings;
 
-/// The preferences: their pages and their values, in this process.
+/// The preferences: their pages, in this process, and their values.
+///
+/// The values are the main process's, so that all processes share them; without a connection, and in
+/// the main process itself, they are kept here.
 ///
 /// A page is a widget of its owner's. It takes part in what the operations do by the methods
 /// (slots or Q_INVOKABLE) that its class offers: readValues() fills its fields, whenever the dialog
@@ -26,6 +29,7 @@ class QSettings;
 class OXKERNELSERVICES_EXPORT oxPreferencesService : public oxBaseService
 {
     Q_OBJECT
+    Q_CLASSINFO("RemoteObject Type", "oxPreferencesService")
 
 public:
     explicit oxPreferencesService(QObject *parent = nullptr);

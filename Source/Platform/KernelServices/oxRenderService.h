@@ -11,6 +11,7 @@
 class OXKERNELSERVICES_EXPORT oxRenderService : public oxBaseService
 {
     Q_OBJECT
+    Q_CLASSINFO("RemoteObject Type", "oxRenderService")
 
 public:
     explicit oxRenderService(QObject *parent = nullptr);

@@ -1,27 +1,281 @@
 #include "oxQRPCClient.h"
 
+#include <QEventLoop>
 #include <QMetaMethod>
+#include <QRemoteObjectDynamicReplica>
+#include <QRemoteObjectNode>
+#include <QRemoteObjectPendingCallWatcher>
+#include <QScopedValueRollback>
+#include <QTimer>
+#include <QVarLengthArray>
 
+#include <algorithm>
 #include <cstdio>
+
+#include "ServiceLink.h"
+#include "ServiceList.h"
+
+namespace {
+
+constexpr int maximumDeliveryDepth = 16;
+
+bool isAddress(const QUrl &address)
+{
+    if (address.scheme() == QLatin1String("local"))
+        return !address.path().isEmpty();
+    return address.scheme() == QLatin1String("tcp") && address.port() > 0;
+}
+
+QByteArray fullName(const QMetaMethod &method)
+{
+    return method.enclosingMetaObject()->className() + QByteArrayLiteral("::") + method.methodSignature();
+}
+
+void reportUnsent(const QMetaMethod &method, const char *reason)
+{
+    fprintf(stderr, "oxQRPCClient: %s, %s does nothing\n", reason, fullName(method).constData());
+}
+
+void reportUnanswered(const QMetaMethod &method, const QByteArray &what)
+{
+    fprintf(stderr, "oxQRPCClient: %s from %s\n", what.constData(), fullName(method).constData());
+}
+
+bool assignResult(int type, void *target, const QVariant &value)
+{
+    if (type == QMetaType::QVariant) {
+        *static_cast<QVariant *>(target) = value.userType() == type ? qvariant_cast<QVariant>(value) : value;
+        return true;
+    }
+    if (value.userType() != type)
+        return false;
+    QMetaType::destruct(type, target);
+    QMetaType::construct(type, target, value.constData());
+    return true;
+}
+
+} // namespace
 
 oxQRPCClient::oxQRPCClient(QObject *parent)
     : QObject(parent)
 {}
 
-oxQRPCClient::~oxQRPCClient() = default;
+oxQRPCClient::~oxQRPCClient()
+{
+    disconnectFromHost();
+}
+
+bool oxQRPCClient::connectToHost(const QUrl &address)
+{
+    disconnectFromHost();
+    if (!isAddress(address))
+        return false;
+    QUrl host = address;
+    if (host.scheme() == QLatin1String("tcp") && host.host().isEmpty())
+        host.setHost(QStringLiteral("127.0.0.1"));
+    m_node = std::make_unique<QRemoteObjectNode>();
+    acquireServiceList();
+    m_node->connectToNode(host);
+    return true;
+}
+
+void oxQRPCClient::disconnectFromHost()
+{
+    if (!m_node)
+        return;
+    releaseAll();
+    m_node.reset();
+    loseConnection();
+}
+
+bool oxQRPCClient::waitForConnected(int milliseconds)
+{
+    if (m_isConnected)
+        return true;
+    QEventLoop loop;
+    connect(this, &oxQRPCClient::connected, &loop, &QEventLoop::quit);
+    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    return m_isConnected;
+}
 
 void oxQRPCClient::registerService(QObject *service)
 {
     m_services.append(service);
+    if (m_links.contains(service))
+        return;
+    m_links.insert(service,
+                   new ServiceLink(
+                       service, [this](const Emission &emission) { receive(emission); }, this));
+    if (m_serviceList && m_serviceList->isReplicaValid())
+        acquireServices();
 }
 
-QList<QObject *> oxQRPCClient::services() const
+void oxQRPCClient::callMethod(QObject *service, const QMetaObject *metaObject, int index, void **arguments)
 {
-    return m_services;
+    const QMetaMethod method = metaObject->method(index);
+    ServiceLink *link = m_links.value(service);
+    if (!m_isConnected)
+        return reportUnsent(method, "not connected");
+    if (!link || !link->isReady() || !link->offers(method.methodSignature()))
+        return reportUnsent(method, "not offered by the main process");
+    const bool hasResult = method.returnType() != QMetaType::Void;
+    if (hasResult && m_isSilent)
+        return reportUnsent(method, "the main process does not answer");
+
+    const QRemoteObjectPendingCall answer = link->call(method.methodSignature(), arguments);
+    if (!hasResult)
+        return;
+    const QByteArray failure = waitFor(answer, link);
+    if (!failure.isEmpty())
+        return reportUnanswered(method, failure);
+    const QVariant result = answer.returnValue();
+    if (arguments[0] && !assignResult(method.returnType(), arguments[0], result))
+        reportUnanswered(
+            method, QByteArray(result.isValid() ? result.typeName() : "nothing") + " instead of " + method.typeName());
 }
 
-void oxQRPCClient::callMethod(QObject *, const QMetaObject *metaObject, int index, void **)
+// Its description comes from the main process, and after a restart it may be another one: so each
+// connection starts with new objects.
+void oxQRPCClient::acquireServiceList()
 {
-    fprintf(stderr, "oxQRPCClient: not connected, %s::%s does nothing\n", metaObject->className(),
-            metaObject->method(index).methodSignature().constData());
+    releaseAll();
+    if (!m_node)
+        return;
+    m_serviceList.reset(m_node->acquireDynamic(ServiceList::remoteName()));
+    connect(m_serviceList.get(), &QRemoteObjectReplica::initialized, this, [this] {
+        connect(m_serviceList.get(), SIGNAL(namesChanged(QStringList)), this, SLOT(acquireServices()));
+        acquireServices();
+    });
+    connect(m_serviceList.get(), &QRemoteObjectReplica::stateChanged, this, [this](QRemoteObjectReplica::State state) {
+        if (state == QRemoteObjectReplica::Suspect) {
+            loseConnection();
+            QMetaObject::invokeMethod(this, &oxQRPCClient::acquireServiceList, Qt::QueuedConnection);
+        } else {
+            updateConnected();
+        }
+    });
+}
+
+void oxQRPCClient::acquireServices()
+{
+    const QStringList offered = m_serviceList->property("names").toStringList();
+    for (ServiceLink *link : qAsConst(m_links)) {
+        if (!link->isAcquired() && offered.contains(link->interfaceName()))
+            link->acquire(m_node.get(), [this] { updateConnected(); });
+    }
+    updateConnected();
+}
+
+void oxQRPCClient::releaseAll()
+{
+    for (ServiceLink *link : qAsConst(m_links))
+        link->release();
+    m_serviceList.reset();
+}
+
+void oxQRPCClient::updateConnected()
+{
+    const bool isComplete = std::all_of(m_links.cbegin(), m_links.cend(),
+                                        [](const ServiceLink *link) { return !link->isAcquired() || link->isReady(); });
+    if (m_isConnected || !isComplete || !m_serviceList || !m_serviceList->isReplicaValid())
+        return;
+    m_isConnected = true;
+    Q_EMIT connected();
+}
+
+void oxQRPCClient::loseConnection()
+{
+    m_isSilent = false;
+    if (!m_isConnected)
+        return;
+    m_isConnected = false;
+    Q_EMIT disconnected();
+}
+
+// Signals arrive while the socket is read, which does not happen again before all of them have
+// been taken: a receiver that calls the main process would wait for its answer in vain.
+void oxQRPCClient::receive(const Emission &emission)
+{
+    m_isSilent = false;
+    m_emissions.enqueue(emission);
+    scheduleDelivery();
+}
+
+// A receiver may run an event loop, for a dialog or while it calls the main process, and signals go
+// on meanwhile. But only so deep: a hundred thousand of them, each delivered within the one before,
+// would end at the limit of the stack.
+void oxQRPCClient::deliver()
+{
+    if (m_deliveryDepth == maximumDeliveryDepth)
+        return;
+    const QScopedValueRollback<int> delivering(m_deliveryDepth, m_deliveryDepth + 1);
+    for (int count = m_emissions.size(); count > 0 && !m_emissions.isEmpty(); --count) {
+        Emission emission = m_emissions.dequeue();
+        scheduleDelivery();
+        QVarLengthArray<void *> arguments{nullptr};
+        for (QVariant &argument : emission.arguments)
+            arguments.append(argument.data());
+        QMetaObject::metacall(emission.service, QMetaObject::InvokeMetaMethod, emission.method, arguments.data());
+    }
+}
+
+void oxQRPCClient::scheduleDelivery()
+{
+    if (m_isDeliveryScheduled || m_emissions.isEmpty())
+        return;
+    m_isDeliveryScheduled = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_isDeliveryScheduled = false;
+            deliver();
+            scheduleDelivery();
+        },
+        Qt::QueuedConnection);
+}
+
+// Returns what kept the answer away, or nothing.
+QByteArray oxQRPCClient::waitFor(const QRemoteObjectPendingCall &answer, const ServiceLink *link)
+{
+    QByteArray failure = QByteArrayLiteral("this process ends before the answer");
+    QEventLoop loop;
+    auto watcher = std::make_unique<QRemoteObjectPendingCallWatcher>(answer);
+    connect(watcher.get(), &QRemoteObjectPendingCallWatcher::finished, &loop, &QEventLoop::quit);
+    connect(this, &oxQRPCClient::disconnected, &loop, [&] {
+        failure = QByteArrayLiteral("connection lost before the answer");
+        loop.quit();
+    });
+    connect(this, &oxQRPCClient::fellSilent, &loop, [&] {
+        failure = "no answer within " + QByteArray::number(m_callTimeout) + " ms";
+        loop.quit();
+    });
+
+    QElapsedTimer sinceCall;
+    sinceCall.start();
+    QTimer limit;
+    limit.setSingleShot(true);
+    connect(&limit, &QTimer::timeout, this, [&] {
+        const qint64 silence = std::min(sinceCall.elapsed(), link->silence());
+        if (silence < m_callTimeout)
+            return limit.start(int(m_callTimeout - silence));
+        m_isSilent = true;
+        Q_EMIT fellSilent({});
+    });
+    limit.start(m_callTimeout);
+
+    if (!answer.isFinished())
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    deliver();
+    if (answer.isFinished())
+        return {};
+
+    // The answer that comes too late says that the main process is back.
+    QRemoteObjectPendingCallWatcher *late = watcher.release();
+    late->setParent(this);
+    late->disconnect(&loop);
+    connect(late, &QRemoteObjectPendingCallWatcher::finished, this, [this] { m_isSilent = false; });
+    connect(late, &QRemoteObjectPendingCallWatcher::finished, late, &QObject::deleteLater);
+    connect(this, &oxQRPCClient::disconnected, late, &QObject::deleteLater);
+    return failure;
 }

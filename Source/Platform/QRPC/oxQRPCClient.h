@@ -1,14 +1,34 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
 #include <QObject>
+#include <QQueue>
+#include <QUrl>
+
+#include <memory>
 
 #include "oxqrpc_export.h"
 
+class QRemoteObjectDynamicReplica;
+class QRemoteObjectNode;
+class QRemoteObjectPendingCall;
+class ServiceLink;
+struct Emission;
+
 /// The secondary process's end of the connection to the main process.
 ///
-/// This implementation keeps what is registered and has no transport yet: every call answers
-/// that there is no connection. GUI thread only.
+/// Services that are registered are bound to the main process's objects of their interface
+/// classes: callMethod() calls them, and what they signal is emitted by the local service.
+///
+/// A main process that is not there yet is waited for, and one that went is waited for again, in
+/// the background, for as long as the client exists.
+///
+/// A call of an operation with a result waits for it in an event loop: timers and painting go on,
+/// signals of the main process are emitted, and what the user does is kept until the call has
+/// ended. One without result does not wait.
+///
+/// GUI thread only.
 class OXQRPC_EXPORT oxQRPCClient : public QObject
 {
     Q_OBJECT
@@ -17,12 +37,35 @@ public:
     explicit oxQRPCClient(QObject *parent = nullptr);
     ~oxQRPCClient() override;
 
-    /// Binds @p service to the main process's object of the same class. Not owned; the object
-    /// must outlive the client. Registering an object twice keeps it twice.
+    /// Connects to the main process at @p address, now or as soon as it is there; ends an earlier
+    /// connection. Returns at once: connected() tells the rest.
+    ///
+    /// @param address "local:name" or "tcp://host:port", as the main process listens
+    /// @return false for what is no such address; nothing is printed
+    bool connectToHost(const QUrl &address);
+
+    /// Ends the connection; no other is made.
+    void disconnectFromHost();
+
+    /// Whether the main process is there, with all that it offers for the registered services.
+    bool isConnected() const { return m_isConnected; }
+
+    /// Runs an event loop without user input until isConnected(), at most for that long.
+    bool waitForConnected(int milliseconds);
+
+    /// How long a call waits while the main process is silent: from the call on, or from the last
+    /// signal of the called service, so that a load that shows progress may take its time. 30,000
+    /// milliseconds at first.
+    int callTimeout() const { return m_callTimeout; }
+    void setCallTimeout(int milliseconds) { m_callTimeout = milliseconds; }
+
+    /// Binds @p service to the main process's object of the same interface class: the first class
+    /// from its own upwards that declares Q_CLASSINFO("RemoteObject Type", "its name"). Not owned;
+    /// the object must outlive the client. Registering an object twice keeps it twice.
     void registerService(QObject *service);
 
     /// Everything that was registered, in that order.
-    QList<QObject *> services() const;
+    QList<QObject *> services() const { return m_services; }
 
     /// Calls a method of the main process's object that @p service stands for.
     ///
@@ -31,10 +74,50 @@ public:
     /// @param arguments  as for Qt's meta-call: the place for the result, or null, then one
     ///                   pointer for each argument
     ///
-    /// Without a connection the result keeps its value and one line goes to standard error:
-    /// "oxQRPCClient: not connected, oxFileIOService::newFile() does nothing".
+    /// All signals that the main process sent before its answer have been emitted when this
+    /// returns. A call that fails leaves the result as it is, and one line goes to standard error:
+    ///
+    /// - "oxQRPCClient: not connected, oxFileIOService::newFile() does nothing"
+    /// - "oxQRPCClient: not offered by the main process, oxFileIOService::newFile() does nothing"
+    /// - "oxQRPCClient: no answer within 30000 ms from oxFileIOService::newFile()"
+    /// - "oxQRPCClient: the main process does not answer, oxFileIOService::newFile() does nothing":
+    ///   an earlier call had no answer in time, and nothing was heard since; so that a process that
+    ///   hangs costs its time once
+    /// - "oxQRPCClient: connection lost before the answer from oxFileIOService::newFile()"
+    /// - "oxQRPCClient: this process ends before the answer from oxFileIOService::newFile()"
+    /// - "oxQRPCClient: QString instead of bool from oxFileIOService::newFile()"
     void callMethod(QObject *service, const QMetaObject *metaObject, int index, void **arguments);
 
+Q_SIGNALS:
+    /// isConnected() is true from now on. Once for each connection, and again after a restart.
+    void connected();
+    /// isConnected() is false from now on.
+    void disconnected();
+
+    /// A call had no answer in time; the others that wait end with it.
+    void fellSilent(QPrivateSignal);
+
+private Q_SLOTS:
+    void acquireServices();
+
 private:
+    void acquireServiceList();
+    void releaseAll();
+    void updateConnected();
+    void loseConnection();
+    void receive(const Emission &emission);
+    void deliver();
+    void scheduleDelivery();
+    QByteArray waitFor(const QRemoteObjectPendingCall &answer, const ServiceLink *link);
+
     QList<QObject *> m_services;
+    QHash<QObject *, ServiceLink *> m_links;
+    std::unique_ptr<QRemoteObjectNode> m_node;
+    std::unique_ptr<QRemoteObjectDynamicReplica> m_serviceList;
+    QQueue<Emission> m_emissions;
+    int m_callTimeout = 30000;
+    bool m_isConnected = false;
+    bool m_isSilent = false; // since a call that had no answer in time
+    int m_deliveryDepth = 0;
+    bool m_isDeliveryScheduled = false;
 };

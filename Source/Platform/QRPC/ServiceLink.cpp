@@ -1,0 +1,85 @@
+#include "ServiceLink.h"
+
+#include <QMetaMethod>
+#include <QRemoteObjectDynamicReplica>
+#include <QRemoteObjectNode>
+#include <QRemoteObjectPendingCall>
+#include <QVarLengthArray>
+
+#include "InterfaceClass.h"
+
+ServiceLink::ServiceLink(QObject *service, Receiver receiver, QObject *parent)
+    : QObject(parent)
+    , m_service(service)
+    , m_interfaceName(interfaceClass(service->metaObject()))
+    , m_receiver(std::move(receiver))
+{}
+
+ServiceLink::~ServiceLink() = default;
+
+void ServiceLink::acquire(QRemoteObjectNode *node, const std::function<void()> &ready)
+{
+    m_replica.reset(node->acquireDynamic(m_interfaceName));
+    connect(m_replica.get(), &QRemoteObjectReplica::initialized, this, [this, ready] {
+        connectSignals();
+        ready();
+    });
+}
+
+void ServiceLink::release()
+{
+    m_replica.reset();
+}
+
+bool ServiceLink::isReady() const
+{
+    return m_replica && m_replica->isReplicaValid();
+}
+
+bool ServiceLink::offers(const QByteArray &signature) const
+{
+    return m_replica->metaObject()->indexOfMethod(signature) >= 0;
+}
+
+QRemoteObjectPendingCall ServiceLink::call(const QByteArray &signature, void **arguments)
+{
+    const QMetaObject *metaObject = m_replica->metaObject();
+    const int index = metaObject->indexOfMethod(signature);
+    QRemoteObjectPendingCall answer;
+    QVarLengthArray<void *> array{&answer};
+    array.append(arguments + 1, metaObject->method(index).parameterCount());
+    m_replica->qt_metacall(QMetaObject::InvokeMetaMethod, index, array.data());
+    const bool hasAnswer = metaObject->method(index).returnType() != QMetaType::Void;
+    return hasAnswer ? answer : QRemoteObjectPendingCall::fromCompletedCall(QVariant());
+}
+
+int ServiceLink::qt_metacall(QMetaObject::Call call, int id, void **arguments)
+{
+    const int own = QObject::qt_metacall(call, id, arguments);
+    if (own < 0 || call != QMetaObject::InvokeMetaMethod)
+        return own;
+    m_lastSignal.start();
+    const int method = m_signals.at(own);
+    const QMetaMethod signal = m_service->metaObject()->method(method);
+    QVariantList copies;
+    for (int i = 0; i < signal.parameterCount(); ++i)
+        copies.append(QVariant(signal.parameterType(i), arguments[i + 1]));
+    m_receiver({m_service, method, copies});
+    return -1;
+}
+
+void ServiceLink::connectSignals()
+{
+    m_signals.clear();
+    const QMetaObject *theirs = m_replica->metaObject();
+    const QMetaObject *ours = m_service->metaObject();
+    for (int i = theirs->methodOffset(); i < theirs->methodCount(); ++i) {
+        const QMetaMethod signal = theirs->method(i);
+        const int method = ours->indexOfSignal(signal.methodSignature());
+        if (signal.methodType() != QMetaMethod::Signal || method < 0)
+            continue;
+        QMetaObject::connect(m_replica.get(), i, this, QObject::staticMetaObject.methodCount() + m_signals.size(),
+                             Qt::DirectConnection);
+        m_signals.append(method);
+    }
+}
