@@ -1,47 +1,72 @@
-#include <QDir>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
-#include <algorithm>
+#include <limits>
 
-#include <sys/stat.h>
-
+#include "FileIOServiceMain.h"
+#include "MainThread.h"
 #include "OutputCapture.h"
-#include "oxFileIOService.h"
 #include "oxQRPCClient.h"
+
+namespace {
+
+class AllOperations : public FileIOServiceMain
+{
+public:
+    bool newFile() override { return true; }
+    bool saveFile(const QString &file) override { return file == QLatin1String("saved"); }
+    QString getTARNDir() override { return QStringLiteral("folder"); }
+    QString getTARNDataDir() override { return QStringLiteral("data"); }
+    QString getTARNExamplesDir() override { return QStringLiteral("examples"); }
+    QString getImageReadFilter() override { return QStringLiteral("read"); }
+    QString getImageWriteFilter() override { return QStringLiteral("write"); }
+};
+
+} // namespace
 
 class tst_oxFileIOService : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void progressAscendsTo100AndStaysThere_data();
-    void progressAscendsTo100AndStaysThere();
-    void largeFileTellsEachPerCent();
-    void fileWithoutASizeIsReadToItsEnd();
-    void fileThatIsCutWhileItLoads();
-    void fileThatGrowsWhileItLoads();
-    void fileThatCannotBeOpenedGivesFalseAndNoProgress_data();
-    void fileThatCannotBeOpenedGivesFalseAndNoProgress();
-    void fileThatCannotBeReadGivesFalseAndNeverReaches100();
-    void loadNeedsNoConnectionAndPrintsNothing();
+    void initTestCase();
+    void init();
+    void loadReturnsWhatTheMainProcessReturns_data();
+    void loadReturnsWhatTheMainProcessReturns();
+    void fileNameReachesTheMainProcessUnchanged_data();
+    void fileNameReachesTheMainProcessUnchanged();
+    void progressIsEmittedInOrderBeforeTheLoadReturns();
+    void progressOfOtherLoadsIsEmittedToo();
     void sameServiceLoadsAgain();
+    void otherOperationsCallTheMainProcess();
+    void loadWithoutAConnectionIsFalseAndOneLine();
+    void loadWithoutAClientIsFalse();
 
 private:
-    QString write(const QString &name, int size) const;
     QVector<int> progressOf(const QString &file, bool expectedResult);
 
-    QTemporaryDir m_folder;
+    AllOperations m_serviceMain;
+    MainThread m_main;
     oxFileIOService m_service;
+    oxQRPCClient m_client;
 };
 
-QString tst_oxFileIOService::write(const QString &name, int size) const
+void tst_oxFileIOService::initTestCase()
 {
-    QFile file(m_folder.filePath(name));
-    if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray(size, 'x')) != size)
-        qFatal("cannot write %s", qPrintable(file.fileName()));
-    return file.fileName();
+    m_main.offer(&m_serviceMain);
+    m_service.setClient(&m_client);
+    m_client.registerService(&m_service);
+    QVERIFY(m_client.connectToHost(m_main.address()));
+    QVERIFY(m_client.waitForConnected(30000));
+}
+
+void tst_oxFileIOService::init()
+{
+    m_main.run([this] {
+        m_serviceMain.values = {0, 50, 100, 100};
+        m_serviceMain.result = true;
+        m_serviceMain.files.clear();
+    });
 }
 
 QVector<int> tst_oxFileIOService::progressOf(const QString &file, bool expectedResult)
@@ -55,125 +80,108 @@ QVector<int> tst_oxFileIOService::progressOf(const QString &file, bool expectedR
     return values;
 }
 
-void tst_oxFileIOService::progressAscendsTo100AndStaysThere_data()
+void tst_oxFileIOService::loadReturnsWhatTheMainProcessReturns_data()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("size");
-
-    QTest::newRow("empty") << QStringLiteral("empty") << 0;
-    QTest::newRow("one byte") << QStringLiteral("one") << 1;
-    QTest::newRow("one piece") << QStringLiteral("piece") << 64 * 1024;
-    QTest::newRow("a byte more") << QStringLiteral("more") << 64 * 1024 + 1;
-    QTest::newRow("many pieces") << QStringLiteral("many") << 3000000;
-    QTest::newRow("name with everything") << QStringLiteral("Gr\u00f6\u00dfe 100% %s\n'\"\\.bin") << 100000;
+    QTest::addColumn<QVector<int>>("values");
+    QTest::addColumn<bool>("result");
+    QTest::newRow("loads") << QVector<int>{0, 100} << true;
+    QTest::newRow("loads at once") << QVector<int>() << true;
+    QTest::newRow("fails on the way") << QVector<int>{0, 50} << false;
+    QTest::newRow("fails in the end") << QVector<int>{0, 100, 100} << false;
+    QTest::newRow("fails at once") << QVector<int>() << false;
 }
 
-void tst_oxFileIOService::progressAscendsTo100AndStaysThere()
+void tst_oxFileIOService::loadReturnsWhatTheMainProcessReturns()
 {
-    QFETCH(QString, name);
-    QFETCH(int, size);
-    const QVector<int> values = progressOf(write(name, size), true);
-
-    QCOMPARE(values.first(), 0);
-    const auto end = std::find(values.begin(), values.end(), 100);
-    QVERIFY(end != values.end());
-    QVERIFY(std::adjacent_find(values.begin(), end, std::greater_equal<int>()) == end);
-    QVERIFY(std::all_of(end, values.end(), [](int value) { return value == 100; }));
-    QCOMPARE(values.count(100), size == 0 ? 1 : values.indexOf(100)); // the upload takes as long
-}
-
-void tst_oxFileIOService::largeFileTellsEachPerCent()
-{
-    const QVector<int> values = progressOf(write(QStringLiteral("large"), 20000000), true);
-    for (int percent = 0; percent < 100; ++percent)
-        QCOMPARE(values.at(percent), percent);
-    QCOMPARE(values.count(100), 100);
-}
-
-void tst_oxFileIOService::fileWithoutASizeIsReadToItsEnd()
-{
-    const QString file = QStringLiteral("/proc/self/status");
-    QCOMPARE(QFileInfo(file).size(), qint64(0));
-
-    const QVector<int> values = progressOf(file, true);
-    QCOMPARE(values.first(), 0);
-    QCOMPARE(values.last(), 100);
-}
-
-void tst_oxFileIOService::fileThatIsCutWhileItLoads()
-{
-    const QString name = write(QStringLiteral("cut"), 1000000);
-    connect(&m_service, &oxFileIOService::progress, &m_service, [name](int percent) {
-        if (percent > 20 && percent < 100)
-            QFile::resize(name, 1000);
+    QFETCH(QVector<int>, values);
+    QFETCH(bool, result);
+    m_main.run([&] {
+        m_serviceMain.values = values;
+        m_serviceMain.result = result;
     });
-    const QVector<int> values = progressOf(name, true);
-    m_service.disconnect();
-
-    QVERIFY(values.contains(100));
-    QVERIFY(!values.contains(60));
+    QCOMPARE(progressOf(QStringLiteral("scene"), result), values);
 }
 
-void tst_oxFileIOService::fileThatGrowsWhileItLoads()
-{
-    const QString name = write(QStringLiteral("growing"), 1000000);
-    connect(&m_service, &oxFileIOService::progress, &m_service, [name](int percent) {
-        if (percent == 0)
-            QFile::resize(name, 2000000);
-    });
-    const QVector<int> values = progressOf(name, true);
-    m_service.disconnect();
-
-    QCOMPARE(*std::max_element(values.begin(), values.end()), 100);
-    QCOMPARE(values.last(), 100);
-}
-
-void tst_oxFileIOService::fileThatCannotBeOpenedGivesFalseAndNoProgress_data()
+void tst_oxFileIOService::fileNameReachesTheMainProcessUnchanged_data()
 {
     QTest::addColumn<QString>("file");
-
-    const QString pipe = m_folder.filePath(QStringLiteral("pipe"));
-    QVERIFY(QFile::exists(pipe) || mkfifo(qPrintable(pipe), 0600) == 0);
-    QTest::newRow("missing") << m_folder.filePath(QStringLiteral("nobody"));
-    QTest::newRow("no name") << QString();
-    QTest::newRow("folder") << m_folder.path();
-    QTest::newRow("pipe without a writer") << pipe;
-    QTest::newRow("endless device") << QStringLiteral("/dev/zero");
-    QTest::newRow("below a file") << write(QStringLiteral("file"), 1) + QStringLiteral("/scene");
-    QTest::newRow("NUL in the name") << m_folder.filePath(QStringLiteral("file") + QChar() + QStringLiteral("x"));
+    QTest::newRow("plain") << QStringLiteral("/scenes/car");
+    QTest::newRow("with everything") << QStringLiteral("Gr\u00f6\u00dfe 100% %s\n'\"\\.bin \U0001f697");
+    QTest::newRow("empty") << QStringLiteral("");
+    QTest::newRow("NUL in it") << QStringLiteral("file") + QChar() + QStringLiteral("x");
+    QTest::newRow("long") << QString(100000, QLatin1Char('x'));
 }
 
-void tst_oxFileIOService::fileThatCannotBeOpenedGivesFalseAndNoProgress()
+void tst_oxFileIOService::fileNameReachesTheMainProcessUnchanged()
 {
     QFETCH(QString, file);
-    QVERIFY(progressOf(file, false).isEmpty());
+    QVERIFY(m_service.loadFile(file));
+    QStringList files;
+    m_main.run([&] { files = m_serviceMain.files; });
+    QCOMPARE(files, QStringList(file));
 }
 
-void tst_oxFileIOService::fileThatCannotBeReadGivesFalseAndNeverReaches100()
+void tst_oxFileIOService::progressIsEmittedInOrderBeforeTheLoadReturns()
 {
-    // A regular file to the system; nothing is mapped at its start.
-    QCOMPARE(progressOf(QStringLiteral("/proc/self/mem"), false), QVector<int>{0});
+    QVector<int> values{std::numeric_limits<int>::min(), -1, 101, std::numeric_limits<int>::max()};
+    for (int i = 0; i < 1000; ++i)
+        values.append(i * 37 % 101);
+    m_main.run([&] { m_serviceMain.values = values; });
+    QCOMPARE(progressOf(QStringLiteral("scene"), true), values);
 }
 
-void tst_oxFileIOService::loadNeedsNoConnectionAndPrintsNothing()
+void tst_oxFileIOService::progressOfOtherLoadsIsEmittedToo()
 {
-    oxQRPCClient client;
-    m_service.setClient(&client);
-    bool isLoaded = false;
-    const Output output = outputOf([&] {
-        isLoaded = m_service.loadFile(write(QStringLiteral("quiet"), 100));
-        m_service.loadFile(QStringLiteral("/nowhere/scene"));
-    });
-    m_service.setClient(nullptr);
-
-    QVERIFY(isLoaded);
-    QCOMPARE(output.standardOutput + output.standardError, QByteArray());
+    QSignalSpy progress(&m_service, &oxFileIOService::progress);
+    m_main.run([this] { m_serviceMain.loadFile(QStringLiteral("by the main process's own menu")); });
+    QTRY_COMPARE(progress.count(), 4);
 }
 
 void tst_oxFileIOService::sameServiceLoadsAgain()
 {
-    const QString file = write(QStringLiteral("again"), 300000);
-    QCOMPARE(progressOf(file, true), progressOf(file, true));
+    const QVector<int> values{0, 50, 100, 100};
+    QCOMPARE(progressOf(QStringLiteral("once"), true), values);
+    QCOMPARE(progressOf(QStringLiteral("again"), true), values);
+}
+
+void tst_oxFileIOService::otherOperationsCallTheMainProcess()
+{
+    QVERIFY(m_service.newFile());
+    QVERIFY(m_service.saveFile(QStringLiteral("saved")));
+    QVERIFY(!m_service.saveFile(QStringLiteral("another")));
+    QCOMPARE(m_service.getTARNDir(), QStringLiteral("folder"));
+    QCOMPARE(m_service.getTARNDataDir(), QStringLiteral("data"));
+    QCOMPARE(m_service.getTARNExamplesDir(), QStringLiteral("examples"));
+    QCOMPARE(m_service.getImageReadFilter(), QStringLiteral("read"));
+    QCOMPARE(m_service.getImageWriteFilter(), QStringLiteral("write"));
+}
+
+void tst_oxFileIOService::loadWithoutAConnectionIsFalseAndOneLine()
+{
+    oxQRPCClient client;
+    oxFileIOService service;
+    service.setClient(&client);
+    client.registerService(&service);
+    const QSignalSpy progress(&service, &oxFileIOService::progress);
+    bool isLoaded = true;
+    const Output output = outputOf([&] { isLoaded = service.loadFile(QStringLiteral("scene")); });
+
+    QVERIFY(!isLoaded);
+    QCOMPARE(output.standardError,
+             QByteArray("oxQRPCClient: not connected, oxFileIOService::loadFile(QString) does nothing\n"));
+    QCOMPARE(output.standardOutput, QByteArray());
+    QVERIFY(progress.isEmpty());
+    service.setClient(nullptr);
+}
+
+void tst_oxFileIOService::loadWithoutAClientIsFalse()
+{
+    oxFileIOService service;
+    bool isLoaded = true;
+    const Output output = outputOf([&] { isLoaded = service.loadFile(QStringLiteral("scene")); });
+
+    QVERIFY(!isLoaded);
+    QCOMPARE(output.standardOutput + output.standardError, QByteArray());
 }
 
 QTEST_GUILESS_MAIN(tst_oxFileIOService)

@@ -2,7 +2,6 @@
 #include <QLabel>
 #include <QProcess>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <functional>
@@ -10,6 +9,8 @@
 
 #include <sys/resource.h>
 
+#include "FileIOServiceMain.h"
+#include "MainThread.h"
 #include "OutputCapture.h"
 #include "oxFileIOServiceRemoteImpl.h"
 #include "oxKernelServiceFactory.h"
@@ -107,7 +108,7 @@ int loadWithoutMainWindowService(bool isFiledAsNull)
     oxKernelServiceFactory::the()->fileService<oxFileIOService>(&service);
     if (isFiledAsNull)
         oxKernelServiceFactory::the()->fileService<oxMainWindowService>(nullptr);
-    service.loadFile(QCoreApplication::applicationFilePath());
+    service.loadFile(QStringLiteral("scene"));
     return 0;
 }
 
@@ -118,6 +119,7 @@ class tst_oxFileIOServiceRemoteImpl : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void init();
     void cleanup();
     void dialogIsAFramelessChildOfTheMainWindow();
@@ -137,8 +139,10 @@ private Q_SLOTS:
     void eachLoadShowsADialogOfItsOwn();
     void nthLoadAppliesEachProgressNTimes();
     void progressIsThatOfTheFiledService();
+    void fileGoesToTheMainProcess();
     void resultIsPassedThroughWhenTheDialogIsGone_data();
     void resultIsPassedThroughWhenTheDialogIsGone();
+    void loadWithoutAConnectionIsFalseAndOneLine();
     void mainWindowDeletedDuringALoad();
     void missingMainWindowServiceIsFatal_data();
     void missingMainWindowServiceIsFatal();
@@ -146,15 +150,23 @@ private Q_SLOTS:
     void otherOperationsAreInherited();
 
 private:
-    // Loads a real file; the action runs in the middle of it, once.
+    // The main process loads; the action runs when the load has begun, once.
     bool load(const Onlooker::Action &whileLoading = {});
+    void setLoad(const QVector<int> &values, bool result);
 
-    QTemporaryDir m_folder;
-    QString m_file;
+    const QString m_file = QStringLiteral("/scenes/car");
+    FileIOServiceMain m_serviceMain;
+    MainThread m_main;
     std::unique_ptr<QMainWindow> m_window;
     std::unique_ptr<oxMainWindowServiceRemoteImpl> m_mainWindowService;
     std::unique_ptr<oxFileIOServiceRemoteImpl> m_service;
+    std::unique_ptr<oxQRPCClient> m_client;
 };
+
+void tst_oxFileIOServiceRemoteImpl::initTestCase()
+{
+    m_main.offer(&m_serviceMain);
+}
 
 void tst_oxFileIOServiceRemoteImpl::init()
 {
@@ -164,18 +176,30 @@ void tst_oxFileIOServiceRemoteImpl::init()
     m_service = std::make_unique<oxFileIOServiceRemoteImpl>();
     fileServices(m_mainWindowService.get(), m_service.get());
 
-    m_file = m_folder.filePath(QStringLiteral("scene.bin"));
-    QFile file(m_file);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray(500000, 'x'));
+    setLoad({0, 20, 40, 60, 80, 100, 100, 100}, true);
+    m_client = std::make_unique<oxQRPCClient>();
+    m_service->setClient(m_client.get());
+    m_client->registerService(m_service.get());
+    QVERIFY(m_client->connectToHost(m_main.address()));
+    QVERIFY(m_client->waitForConnected(30000));
 }
 
 void tst_oxFileIOServiceRemoteImpl::cleanup()
 {
     QVERIFY(m_window->findChildren<QProgressDialog *>().isEmpty());
     fileServices(nullptr, nullptr);
+    m_client.reset();
     m_service.reset();
     m_window.reset();
+}
+
+void tst_oxFileIOServiceRemoteImpl::setLoad(const QVector<int> &values, bool result)
+{
+    m_main.run([&] {
+        m_serviceMain.values = values;
+        m_serviceMain.result = result;
+        m_serviceMain.files.clear();
+    });
 }
 
 bool tst_oxFileIOServiceRemoteImpl::load(const Onlooker::Action &whileLoading)
@@ -257,9 +281,9 @@ void tst_oxFileIOServiceRemoteImpl::readingIsFollowedByUploading()
         });
     }));
 
+    // That of 0 brought the onlooker.
+    QCOMPARE(values, QVector<int>({20, 40, 60, 80, 100, 100, 100}));
     const int switched = values.indexOf(100);
-    QVERIFY(switched > 3);
-    QVERIFY(switched < values.size() - 1);
     for (int i = 0; i < labels.size(); ++i)
         QCOMPARE(labels.at(i).toUtf8(), i < switched ? QByteArray("Loading ...") : QByteArray("Uploading ..."));
 }
@@ -405,23 +429,49 @@ void tst_oxFileIOServiceRemoteImpl::progressIsThatOfTheFiledService()
     }));
 }
 
+void tst_oxFileIOServiceRemoteImpl::fileGoesToTheMainProcess()
+{
+    QVERIFY(load());
+    QStringList files;
+    m_main.run([&] { files = m_serviceMain.files; });
+    QCOMPARE(files, QStringList(m_file));
+}
+
 void tst_oxFileIOServiceRemoteImpl::resultIsPassedThroughWhenTheDialogIsGone_data()
 {
-    QTest::addColumn<QString>("name");
+    QTest::addColumn<QVector<int>>("values");
     QTest::addColumn<bool>("result");
 
-    QTest::newRow("loads") << QStringLiteral("scene.bin") << true;
-    QTest::newRow("missing") << QStringLiteral("nobody.bin") << false;
-    QTest::newRow("folder") << QString() << false;
+    QTest::newRow("loads") << QVector<int>{0, 100} << true;
+    QTest::newRow("loads without progress") << QVector<int>() << true;
+    QTest::newRow("fails on the way") << QVector<int>{0, 50} << false;
+    QTest::newRow("fails while it uploads") << QVector<int>{0, 100, 100} << false;
+    QTest::newRow("fails at once") << QVector<int>() << false;
 }
 
 void tst_oxFileIOServiceRemoteImpl::resultIsPassedThroughWhenTheDialogIsGone()
 {
-    QFETCH(QString, name);
+    QFETCH(QVector<int>, values);
     QFETCH(bool, result);
+    setLoad(values, result);
     const Onlooker onlooker(m_service.get());
 
-    QCOMPARE(m_service->loadFile(m_folder.filePath(name)), result);
+    QCOMPARE(m_service->loadFile(m_file), result);
+    QCOMPARE(onlooker.dialogs.size(), 1);
+    QVERIFY(!onlooker.dialogs.first());
+}
+
+void tst_oxFileIOServiceRemoteImpl::loadWithoutAConnectionIsFalseAndOneLine()
+{
+    m_client->disconnectFromHost();
+    const Onlooker onlooker(m_service.get());
+    bool isLoaded = true;
+    const Output output = outputOf([&] { isLoaded = m_service->loadFile(m_file); });
+
+    QVERIFY(!isLoaded);
+    QCOMPARE(output.standardError,
+             QByteArray("oxQRPCClient: not connected, oxFileIOService::loadFile(QString) does nothing\n"));
+    QCOMPARE(output.standardOutput, QByteArray());
     QCOMPARE(onlooker.dialogs.size(), 1);
     QVERIFY(!onlooker.dialogs.first());
 }

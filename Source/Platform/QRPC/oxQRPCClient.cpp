@@ -6,6 +6,7 @@
 #include <QRemoteObjectNode>
 #include <QRemoteObjectPendingCallWatcher>
 #include <QScopedValueRollback>
+#include <QThread>
 #include <QTimer>
 #include <QVarLengthArray>
 
@@ -209,15 +210,28 @@ void oxQRPCClient::deliver()
 {
     if (m_deliveryDepth == maximumDeliveryDepth)
         return;
-    const QScopedValueRollback<int> delivering(m_deliveryDepth, m_deliveryDepth + 1);
-    for (int count = m_emissions.size(); count > 0 && !m_emissions.isEmpty(); --count) {
-        Emission emission = m_emissions.dequeue();
-        scheduleDelivery();
-        QVarLengthArray<void *> arguments{nullptr};
-        for (QVariant &argument : emission.arguments)
-            arguments.append(argument.data());
-        QMetaObject::metacall(emission.service, QMetaObject::InvokeMetaMethod, emission.method, arguments.data());
+    {
+        const QScopedValueRollback<int> deeper(m_deliveryDepth, m_deliveryDepth + 1);
+        const QScopedValueRollback<int> level(m_deliveryLevel, QThread::currentThread()->loopLevel());
+        for (int count = m_emissions.size(); count > 0 && !m_emissions.isEmpty(); --count) {
+            Emission emission = m_emissions.dequeue();
+            scheduleDelivery();
+            QVarLengthArray<void *> arguments{nullptr};
+            for (QVariant &argument : emission.arguments)
+                arguments.append(argument.data());
+            QMetaObject::metacall(emission.service, QMetaObject::InvokeMetaMethod, emission.method, arguments.data());
+        }
     }
+    scheduleDelivery();
+}
+
+// Not to a receiver that only processes events: the receivers after it would get the next signal
+// before this one.
+void oxQRPCClient::deliverScheduled()
+{
+    m_isDeliveryScheduled = false;
+    if (m_deliveryDepth == 0 || QThread::currentThread()->loopLevel() > m_deliveryLevel)
+        deliver();
 }
 
 void oxQRPCClient::scheduleDelivery()
@@ -225,14 +239,7 @@ void oxQRPCClient::scheduleDelivery()
     if (m_isDeliveryScheduled || m_emissions.isEmpty())
         return;
     m_isDeliveryScheduled = true;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            m_isDeliveryScheduled = false;
-            deliver();
-            scheduleDelivery();
-        },
-        Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &oxQRPCClient::deliverScheduled, Qt::QueuedConnection);
 }
 
 // Returns what kept the answer away, or nothing.

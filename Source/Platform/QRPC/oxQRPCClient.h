@@ -28,6 +28,9 @@ struct Emission;
 /// signals of the main process are emitted, and what the user does is kept until the call has
 /// ended. One without result does not wait.
 ///
+/// Signals keep their order. The next one comes when the receivers of one have returned, or while
+/// one of them runs an event loop of its own (a QEventLoop, such as a dialog's), sixteen deep at most.
+///
 /// GUI thread only.
 class OXQRPC_EXPORT oxQRPCClient : public QObject
 {
@@ -107,6 +110,7 @@ private:
     void loseConnection();
     void receive(const Emission &emission);
     void deliver();
+    void deliverScheduled();
     void scheduleDelivery();
     QByteArray waitFor(const QRemoteObjectPendingCall &answer, const ServiceLink *link);
 
@@ -119,5 +123,6 @@ private:
     bool m_isConnected = false;
     bool m_isSilent = false; // since a call that had no answer in time
     int m_deliveryDepth = 0;
+    int m_deliveryLevel = 0; // of event loops
     bool m_isDeliveryScheduled = false;
 };
