@@ -28,6 +28,7 @@ private Q_SLOTS:
     void allOpenPanelsMoveAtOnceAndTheOverlayIsShown();
     void overlayPeeksInShowsAndHides();
     void shortcutsDiffer();
+    void takesModulesAndOutlivesTheirChanges();
 
 private:
     QDockWidget *open(const QString &name);
@@ -220,6 +221,17 @@ void tst_OverlayMenu::shortcutsDiffer()
     QCOMPARE(commands, 5);
     QCOMPARE(shortcuts.size(), 5);
     QVERIFY(!shortcuts.contains(QString()));
+}
+
+void tst_OverlayMenu::takesModulesAndOutlivesTheirChanges()
+{
+    const QPointer<QMenu> panels = panelsMenu();
+    m_mainWindowService->addModule(QStringLiteral("Log"), QStringLiteral("&View"), new QWidget, QString(), QIcon(),
+                                   QString(), Qt::NoDockWidgetArea);
+    QVERIFY(command("Log"));
+    m_mainWindowService->changeModule(QStringLiteral("Log"), QStringLiteral("&View"), new QWidget);
+    QVERIFY(panels);
+    QVERIFY(command("Log"));
 }
 
 QTEST_MAIN(tst_OverlayMenu)

@@ -2,6 +2,7 @@
 
 #include <QDockWidget>
 #include <QMainWindow>
+#include <QMenuBar>
 
 #include "Appearance.h"
 #include "oxKernelServiceFactory.h"
@@ -29,7 +30,7 @@ QList<QDockWidget *> panelsOf(const QMainWindow *window, const Condition &condit
 } // namespace
 
 OverlayMenu::OverlayMenu(QMainWindow *window)
-    : QMenu(tr("&View"), window)
+    : QMenu(tr("&View"), window->menuBar()) // where the main-window service finds it by its title
     , m_window(window)
     , m_panels(addMenu(tr("&Panels in the overlay")))
 {
@@ -43,6 +44,7 @@ OverlayMenu::OverlayMenu(QMainWindow *window)
     addCommand(tr("&Show the overlay"), Qt::Key_F7, [] { renderService()->showOverlay(); });
     addCommand(tr("&Hide the overlay"), Qt::Key_F8, [] { renderService()->hideOverlay(); });
     connect(m_panels, &QMenu::aboutToShow, this, &OverlayMenu::listPanels);
+    listPanels(); // an empty menu would go with the next module that is changed
 }
 
 void OverlayMenu::moveToOverlay(QDockWidget *panel)

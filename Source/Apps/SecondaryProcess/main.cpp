@@ -9,18 +9,42 @@
 #include <cstdio>
 
 #include "Appearance.h"
+#include "MainProcess.h"
 #include "MainWindow.h"
 #include "Screenshot.h"
+#include "Scripting.h"
 #include "Tour.h"
 #include "ViewPage.h"
 #include "oxKernelInterface.h"
 #include "oxKernelServiceFactory.h"
 #include "oxMainWindowService.h"
-#include "oxMessageService.h"
 #include "oxPreferencesService.h"
+#include "oxQRPCAddress.h"
 #include "oxQRPCClient.h"
 
 namespace {
+
+constexpr int startTime = 2000; // milliseconds for a main process that was started at the same time
+
+struct Target
+{
+    QUrl address;
+    QString command; ///< that starts a main process there
+};
+
+Target targetOf(const QString &name)
+{
+    if (name.startsWith(QLatin1String("local:")) || name.contains(QLatin1String("://")))
+        return {QUrl(name), QStringLiteral("oxMainProcess --listen ") + name};
+    const QString command = QStringLiteral("oxMainProcess");
+    return {oxQRPCAddress::ofSession(name), name.isEmpty() ? command : command + QStringLiteral(" --session ") + name};
+}
+
+int failed(const QString &reason)
+{
+    fprintf(stderr, "oxSecondaryProcess: %s\n", qPrintable(reason));
+    return 1;
+}
 
 bool openModule(const QString &name)
 {
@@ -43,9 +67,18 @@ int main(int argc, char **argv)
     setvbuf(stdout, nullptr, _IOLBF, 0); // a console that is a pipe shows each line at once, too
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Shows script plugins as panels in a window."));
+    parser.setApplicationDescription(
+        QStringLiteral("Shows what the main process renders, and script plugins as panels over it."));
     parser.addHelpOption();
     parser.addVersionOption();
+    const QCommandLineOption connectTo(
+        QStringLiteral("connect"),
+        QStringLiteral("Main process to use, now or as soon as it is there: its session, "
+                       "or its address (local:name or tcp://host:port)."),
+        QStringLiteral("session"));
+    const QCommandLineOption callTimeout(QStringLiteral("call-timeout"),
+                                         QStringLiteral("How long a call waits for a silent main process."),
+                                         QStringLiteral("milliseconds"), QStringLiteral("30000"));
     const QCommandLineOption base(QStringLiteral("base"), QStringLiteral("Installation folder, with lib/python in it."),
                                   QStringLiteral("folder"));
     const QCommandLineOption plugins(QStringLiteral("plugins"), QStringLiteral("Plugins folder, with Scripts in it."),
@@ -59,24 +92,32 @@ int main(int argc, char **argv)
                                   QStringLiteral("Show the overlay, a file that loads and the preferences, save "
                                                  "pictures of them to this folder, then end."),
                                   QStringLiteral("folder"));
-    parser.addOptions({base, plugins, open, screenshot, tour});
+    parser.addOptions({connectTo, callTimeout, base, plugins, open, screenshot, tour});
     parser.process(application);
     if (parser.isSet(base))
         qputenv("OX_BASE_DIR", parser.value(base).toUtf8());
     if (parser.isSet(plugins))
         qputenv("OX_PLUGINS_DIR", parser.value(plugins).toUtf8());
+    const Target target = targetOf(parser.value(connectTo));
 
     applyAppearance(&application);
     oxQRPCClient client;
+    client.setCallTimeout(parser.value(callTimeout).toInt());
+    if (client.callTimeout() <= 0)
+        return failed(QStringLiteral("'%1' is no time in milliseconds").arg(parser.value(callTimeout)));
     oxKernelInterface *kernel = oxKernelInterface::the();
     kernel->init(&client, false);
     std::signal(SIGINT, SIG_DFL); // Python's handler would keep Ctrl+C from ending the process
 
-    MainWindow window;
+    if (!client.connectToHost(target.address))
+        return failed(QStringLiteral("'%1' is no main process: give a session, local:name or tcp://host:port")
+                          .arg(parser.value(connectTo)));
+    MainProcess mainProcess(&client);
+    bindServicesForScripts(&mainProcess);
+
+    MainWindow window(&mainProcess);
+    window.setMainProcessHint(target.address.toString(), target.command);
     auto *factory = oxKernelServiceFactory::the();
-    factory->getService<oxMainWindowService>()->setWidget(&window);
-    QObject::connect(factory->getService<oxMessageService>(), &oxMessageService::messageReceived, &window,
-                     &MainWindow::showMessage);
     auto *preferences = factory->getService<oxPreferencesService>();
     preferences->setWidget(&window);
     preferences->addToPreferences(QStringLiteral("View"), QString(),
@@ -84,6 +125,8 @@ int main(int argc, char **argv)
     QObject::connect(&window, &MainWindow::preferencesRequested, preferences, &oxPreferencesService::showPreferences);
     QObject::connect(&window, &MainWindow::reloadRequested, kernel, &oxKernelInterface::loadScriptPlugins);
     window.show();
+    if (parser.isSet(connectTo))
+        client.waitForConnected(startTime); // so that plugins find it
     kernel->loadScriptPlugins();
 
     bool allOpened = true;

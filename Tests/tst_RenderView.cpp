@@ -1,0 +1,377 @@
+#include "RenderView.h"
+
+#include <QMutex>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cstring>
+
+#include "MainProcess.h"
+#include "MainThread.h"
+#include "OutputCapture.h"
+#include "oxFrameWriter.h"
+#include "oxQRPCClient.h"
+#include "oxRenderService.h"
+
+namespace {
+
+/// What renders in the main process: frames of one colour.
+class Renderer : public oxRenderService
+{
+    Q_OBJECT
+
+public:
+    explicit Renderer(const QString &memoryName)
+        : m_memoryName(memoryName)
+    {}
+
+    QString getSharedMemoryName() override { return m_memory.name(); }
+    QByteArray getCompressedFrameBuffer() override
+    {
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::WriteOnly);
+        m_frame.save(&buffer, "PNG");
+        return bytes;
+    }
+    void resize(int width, int height) override { note("resize %1 %2", {width, height}); }
+    void keyPress(int key, int modifiers, int, int) override { note("key press %1 %2", {key, modifiers}); }
+    void keyRelease(int key, int modifiers, int, int) override { note("key release %1 %2", {key, modifiers}); }
+    void mouseDoubleClick(int x, int y, int button, int modifiers) override
+    {
+        note("double click %1 %2 %3 %4", {x, y, button, modifiers});
+    }
+    void mousePress(int x, int y, int button, int modifiers) override
+    {
+        note("press %1 %2 %3 %4", {x, y, button, modifiers});
+    }
+    void mouseRelease(int x, int y, int button, int modifiers) override
+    {
+        note("release %1 %2 %3 %4", {x, y, button, modifiers});
+    }
+    void mouseMove(int x, int y, int buttons, int modifiers) override
+    {
+        note("move %1 %2 %3 %4", {x, y, buttons, modifiers});
+    }
+    void mouseWheel(int x, int y, int delta, int modifiers) override
+    {
+        note("wheel %1 %2 %3 %4", {x, y, delta, modifiers});
+    }
+
+    void shareFrames() { m_memory.open(m_memoryName, QSize(1000, 1000)); }
+    void render(const QColor &color, const QSize &size)
+    {
+        m_frame = QImage(size, QImage::Format_RGB32);
+        m_frame.fill(color);
+        int number = 0;
+        if (uchar *pixels = m_memory.begin(size)) {
+            std::memcpy(pixels, m_frame.constBits(), size_t(m_frame.sizeInBytes()));
+            number = int(m_memory.finish());
+        }
+        Q_EMIT frameRendered(number);
+    }
+    QStringList notes()
+    {
+        const QMutexLocker lock(&m_mutex);
+        return m_notes;
+    }
+    void forgetNotes()
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_notes.clear();
+    }
+
+private:
+    void note(const char *format, std::initializer_list<int> values)
+    {
+        QString text = QString::fromLatin1(format);
+        for (const int value : values)
+            text = text.arg(value);
+        const QMutexLocker lock(&m_mutex);
+        m_notes.append(text);
+    }
+
+    QString m_memoryName;
+    oxFrameWriter m_memory;
+    QImage m_frame;
+    QMutex m_mutex;
+    QStringList m_notes;
+};
+
+} // namespace
+
+/// The view with a main process in another thread, over a real connection.
+class tst_RenderView : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void showsFrames_data();
+    void showsFrames();
+    void showsAFrameThatWasRenderedBefore();
+    void frameOfAnotherShapeIsNotDistorted();
+    void framesGoOnBelowAPanel();
+    void asksForItsSize();
+    void resizingAsksOnceItRests();
+    void sendsTheMouse();
+    void placesAreThoseOfTheFrame();
+    void sendsTheKeys();
+    void inputForAPanelOverItStaysHere();
+    void isQuietWithoutAMainProcess();
+    void saysWhatToDoWithoutAMainProcess();
+    void followsARestart();
+
+private:
+    void startMain(bool sharesFrames = true);
+    void endMain();
+    void render(const QColor &color, const QSize &size = QSize(400, 300));
+    QColor pixel(int x, int y) const { return m_view->grab().toImage().pixelColor(x, y); }
+    template<class Event>
+    void send(const Event &event)
+    {
+        Event copy(event);
+        QCoreApplication::sendEvent(m_view.get(), &copy);
+    }
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<MainThread> m_main;
+    std::unique_ptr<Renderer> m_renderer;
+    std::unique_ptr<oxRenderService> m_service;
+    std::unique_ptr<oxQRPCClient> m_client;
+    std::unique_ptr<MainProcess> m_mainProcess;
+    std::unique_ptr<RenderView> m_view;
+};
+
+void tst_RenderView::init()
+{
+    m_service = std::make_unique<oxRenderService>();
+    m_client = std::make_unique<oxQRPCClient>();
+    m_service->setClient(m_client.get());
+    m_client->registerService(m_service.get());
+    m_mainProcess = std::make_unique<MainProcess>(m_client.get());
+    m_view = std::make_unique<RenderView>(m_mainProcess.get(), m_service.get());
+    m_view->resize(400, 300);
+    m_view->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
+}
+
+void tst_RenderView::cleanup()
+{
+    m_view.reset();
+    m_mainProcess.reset();
+    m_client.reset();
+    endMain();
+}
+
+void tst_RenderView::startMain(bool sharesFrames)
+{
+    QSignalSpy connected(m_mainProcess.get(), &MainProcess::connected);
+    m_main = std::make_unique<MainThread>();
+    m_renderer = std::make_unique<Renderer>(m_folder.filePath(QStringLiteral("frames")));
+    m_main->offer(m_renderer.get());
+    if (sharesFrames)
+        m_main->run([this] { m_renderer->shareFrames(); });
+    QVERIFY(m_client->connectToHost(m_main->address()));
+    QTRY_COMPARE(connected.size(), 1);
+    QTRY_COMPARE(m_renderer->notes(), QStringList(QStringLiteral("resize 400 300")));
+    m_renderer->forgetNotes();
+}
+
+void tst_RenderView::endMain()
+{
+    m_main.reset();
+    m_renderer.reset();
+}
+
+void tst_RenderView::render(const QColor &color, const QSize &size)
+{
+    m_main->run([=] { m_renderer->render(color, size); });
+}
+
+void tst_RenderView::showsFrames_data()
+{
+    QTest::addColumn<bool>("sharesFrames");
+    QTest::newRow("through shared memory") << true;
+    QTest::newRow("over the connection") << false;
+}
+
+void tst_RenderView::showsFrames()
+{
+    QFETCH(bool, sharesFrames);
+    startMain(sharesFrames);
+    for (const QColor &color : {QColor(Qt::red), QColor(Qt::green), QColor(Qt::blue)}) {
+        render(color);
+        QTRY_COMPARE(pixel(200, 150), color);
+        QCOMPARE(pixel(0, 0), color);
+        QCOMPARE(pixel(399, 299), color);
+    }
+}
+
+void tst_RenderView::showsAFrameThatWasRenderedBefore()
+{
+    m_main = std::make_unique<MainThread>();
+    m_renderer = std::make_unique<Renderer>(m_folder.filePath(QStringLiteral("frames")));
+    m_main->offer(m_renderer.get());
+    m_main->run([this] { m_renderer->shareFrames(); });
+    render(Qt::cyan);
+    QVERIFY(m_client->connectToHost(m_main->address()));
+    QTRY_COMPARE(pixel(200, 150), QColor(Qt::cyan));
+}
+
+void tst_RenderView::frameOfAnotherShapeIsNotDistorted()
+{
+    startMain();
+    render(Qt::red, QSize(100, 100)); // 300 by 300 in the middle
+    QTRY_COMPARE(pixel(200, 150), QColor(Qt::red));
+    QVERIFY(pixel(40, 150) != QColor(Qt::red));
+    QCOMPARE(pixel(55, 2), QColor(Qt::red));
+    QCOMPARE(pixel(345, 297), QColor(Qt::red));
+    QVERIFY(pixel(360, 150) != QColor(Qt::red));
+}
+
+void tst_RenderView::framesGoOnBelowAPanel()
+{
+    startMain();
+    QWidget panel(m_view.get());
+    panel.setStyleSheet(QStringLiteral("background: rgba(0, 0, 0, 50%)"));
+    panel.setGeometry(0, 0, 100, 300);
+    panel.show();
+    for (const QColor &color : {QColor(Qt::red), QColor(Qt::green)}) {
+        render(color);
+        QTRY_COMPARE(pixel(200, 150), color);
+        QVERIFY(pixel(50, 150) != color);
+        QVERIFY(pixel(50, 150) != QColor(Qt::black));
+    }
+}
+
+void tst_RenderView::asksForItsSize()
+{
+    m_view->resize(500, 350);
+    m_main = std::make_unique<MainThread>();
+    m_renderer = std::make_unique<Renderer>(m_folder.filePath(QStringLiteral("frames")));
+    m_main->offer(m_renderer.get());
+    QVERIFY(m_client->connectToHost(m_main->address()));
+    QTRY_COMPARE(m_renderer->notes().value(0), QStringLiteral("resize 500 350"));
+}
+
+void tst_RenderView::resizingAsksOnceItRests()
+{
+    startMain();
+    for (int width = 401; width <= 450; ++width)
+        m_view->resize(width, 300);
+    QTRY_COMPARE(m_renderer->notes(), QStringList(QStringLiteral("resize 450 300")));
+}
+
+void tst_RenderView::sendsTheMouse()
+{
+    startMain();
+    QTest::mousePress(m_view.get(), Qt::LeftButton, Qt::ShiftModifier, QPoint(10, 20));
+    send(QMouseEvent(QEvent::MouseMove, QPointF(30, 40), Qt::NoButton, Qt::LeftButton, Qt::NoModifier));
+    QTest::mouseRelease(m_view.get(), Qt::LeftButton, Qt::NoModifier, QPoint(30, 40));
+    send(QMouseEvent(QEvent::MouseMove, QPointF(50, 60), Qt::NoButton, Qt::NoButton, Qt::NoModifier)); // no drag
+    send(QMouseEvent(QEvent::MouseButtonDblClick, QPointF(5, 6), Qt::RightButton, Qt::RightButton, Qt::NoModifier));
+    send(QMouseEvent(QEvent::MouseButtonRelease, QPointF(5, 6), Qt::RightButton, Qt::NoButton, Qt::NoModifier));
+    send(QWheelEvent(QPointF(7, 8), QPointF(7, 8), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::ControlModifier,
+                     Qt::NoScrollPhase, false));
+    QTRY_COMPARE(m_renderer->notes(),
+                 QStringList({QStringLiteral("press 10 20 1 %1").arg(int(Qt::ShiftModifier)),
+                              QStringLiteral("move 30 40 1 0"), QStringLiteral("release 30 40 1 0"),
+                              QStringLiteral("double click 5 6 2 0"), QStringLiteral("release 5 6 2 0"),
+                              QStringLiteral("wheel 7 8 -120 %1").arg(int(Qt::ControlModifier))}));
+}
+
+void tst_RenderView::placesAreThoseOfTheFrame()
+{
+    startMain();
+    render(Qt::red, QSize(100, 100)); // 300 by 300 in the middle
+    QTRY_COMPARE(pixel(200, 150), QColor(Qt::red));
+    QTest::mousePress(m_view.get(), Qt::LeftButton, Qt::NoModifier, QPoint(80, 60));
+    QTRY_COMPARE(m_renderer->notes(), QStringList(QStringLiteral("press 10 20 1 0")));
+}
+
+void tst_RenderView::sendsTheKeys()
+{
+    startMain();
+    m_view->activateWindow();
+    m_view->setFocus();
+    QTRY_VERIFY(m_view->hasFocus());
+    QTest::keyClick(m_view.get(), Qt::Key_Left);
+    QTRY_COMPARE(m_renderer->notes(),
+                 QStringList({QStringLiteral("key press %1 0").arg(int(Qt::Key_Left)),
+                              QStringLiteral("key release %1 0").arg(int(Qt::Key_Left))}));
+}
+
+// A widget that has no use for an event hands it on to the one below.
+void tst_RenderView::inputForAPanelOverItStaysHere()
+{
+    startMain();
+    QWidget panel(m_view.get());
+    panel.setFocusPolicy(Qt::StrongFocus);
+    panel.setGeometry(0, 0, 100, 300);
+    panel.show();
+    m_view->activateWindow();
+    panel.setFocus();
+    QTRY_VERIFY(panel.hasFocus());
+    QTest::mousePress(&panel, Qt::LeftButton, Qt::NoModifier, QPoint(10, 20));
+    QMouseEvent move(QEvent::MouseMove, QPointF(150, 40), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&panel, &move);
+    QTest::mouseRelease(&panel, Qt::LeftButton, Qt::NoModifier, QPoint(150, 40));
+    QTest::mouseDClick(&panel, Qt::LeftButton, Qt::NoModifier, QPoint(10, 20));
+    QWheelEvent wheel(QPointF(7, 8), QPointF(7, 8), QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
+                      Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&panel, &wheel);
+    QTest::keyClick(&panel, Qt::Key_Left);
+
+    QTest::mousePress(m_view.get(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 100));
+    QTRY_COMPARE(m_renderer->notes(), QStringList(QStringLiteral("press 200 100 1 0")));
+}
+
+void tst_RenderView::isQuietWithoutAMainProcess()
+{
+    const Output output = outputOf([this] {
+        m_view->activateWindow();
+        m_view->setFocus();
+        QTest::mouseClick(m_view.get(), Qt::LeftButton);
+        QTest::mouseDClick(m_view.get(), Qt::LeftButton);
+        QTest::keyClick(m_view.get(), Qt::Key_Left);
+        send(QWheelEvent(QPointF(7, 8), QPointF(7, 8), QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
+                         Qt::NoScrollPhase, false));
+        m_view->resize(500, 400);
+        QTimer later; // than the view asks for its size
+        later.setSingleShot(true);
+        later.start(300);
+        QTRY_VERIFY(!later.isActive());
+    });
+    QCOMPARE(output.standardError, QByteArray());
+}
+
+void tst_RenderView::saysWhatToDoWithoutAMainProcess()
+{
+    const QImage before = m_view->grab().toImage();
+    m_view->setCommandHint(QStringLiteral("oxMainProcess --session test"));
+    const QImage withHint = m_view->grab().toImage();
+    QVERIFY(before != withHint);
+    startMain();
+    QVERIFY(m_view->grab().toImage() != withHint);
+    endMain();
+    QTRY_COMPARE(m_view->grab().toImage(), withHint);
+}
+
+void tst_RenderView::followsARestart()
+{
+    startMain();
+    render(Qt::red);
+    QTRY_COMPARE(pixel(200, 150), QColor(Qt::red));
+    endMain();
+    QTRY_VERIFY(pixel(0, 0) != QColor(Qt::red));
+    startMain();
+    render(Qt::green);
+    QTRY_COMPARE(pixel(200, 150), QColor(Qt::green));
+}
+
+QTEST_MAIN(tst_RenderView)
+#include "tst_RenderView.moc"
