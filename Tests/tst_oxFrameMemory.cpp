@@ -403,8 +403,10 @@ void tst_oxFrameMemory::killedWriterIsFollowedByAnother()
     startWriter(mode);
     oxFrameReader reader;
     QImage frame;
-    if (readerStays)
+    if (readerStays) {
         QVERIFY(reader.attach(m_name));
+        QTRY_VERIFY(reader.read(&frame));
+    }
     m_other.kill();
     QVERIFY(m_other.waitForFinished());
 
