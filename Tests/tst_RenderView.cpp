@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <atomic>
 #include <cstring>
 
 #include "MainProcess.h"
@@ -26,9 +27,17 @@ public:
         : m_memoryName(memoryName)
     {}
 
-    QString getSharedMemoryName() override { return m_memory.name(); }
+    QString getSharedMemoryName() override
+    {
+        Q_EMIT frameRendered(0); // it goes on rendering
+        return m_memory.name();
+    }
+    int getWidth() override { return 1234; }
     QByteArray getCompressedFrameBuffer() override
     {
+        m_isAskedForPictures = true;
+        if (m_isAlwaysAhead)
+            Q_EMIT frameRendered(0);
         QByteArray bytes;
         QBuffer buffer(&bytes);
         buffer.open(QIODevice::WriteOnly);
@@ -59,6 +68,9 @@ public:
         note("wheel %1 %2 %3 %4", {x, y, delta, modifiers});
     }
 
+    bool isAskedForPictures() const { return m_isAskedForPictures; }
+    /// From now on there is another frame whenever a picture is taken.
+    void getAhead() { m_isAlwaysAhead = true; }
     void shareFrames() { m_memory.open(m_memoryName, QSize(1000, 1000)); }
     void render(const QColor &color, const QSize &size)
     {
@@ -95,6 +107,8 @@ private:
     QString m_memoryName;
     oxFrameWriter m_memory;
     QImage m_frame;
+    std::atomic<bool> m_isAskedForPictures = false;
+    bool m_isAlwaysAhead = false;
     QMutex m_mutex;
     QStringList m_notes;
 };
@@ -112,6 +126,7 @@ private Q_SLOTS:
 
     void showsFrames_data();
     void showsFrames();
+    void framesOverTheConnectionLeaveTimeForCalls();
     void showsAFrameThatWasRenderedBefore();
     void frameOfAnotherShapeIsNotDistorted();
     void framesGoOnBelowAPanel();
@@ -209,6 +224,17 @@ void tst_RenderView::showsFrames()
         QCOMPARE(pixel(0, 0), color);
         QCOMPARE(pixel(399, 299), color);
     }
+    QCOMPARE(m_renderer->isAskedForPictures(), !sharesFrames);
+}
+
+void tst_RenderView::framesOverTheConnectionLeaveTimeForCalls()
+{
+    startMain(false);
+    m_main->run([this] { m_renderer->getAhead(); });
+    render(Qt::red);
+    QTRY_COMPARE(pixel(200, 150), QColor(Qt::red));
+    for (int i = 0; i < 20; ++i)
+        QCOMPARE(m_service->getWidth(), 1234);
 }
 
 void tst_RenderView::showsAFrameThatWasRenderedBefore()

@@ -1,7 +1,5 @@
 #include "FrameSource.h"
 
-#include <QScopedValueRollback>
-
 #include <utility>
 
 #include "MainProcess.h"
@@ -29,14 +27,18 @@ bool FrameSource::read(QImage *frame)
     return true;
 }
 
+// Frames are announced as soon as the process is connected, while the call waits for the name.
 void FrameSource::begin()
 {
+    m_isBegun = false;
     m_memory.attach(m_service->getSharedMemoryName());
+    m_isBegun = m_mainProcess->isConnected();
     take(); // a scene that rests renders no frame for us
 }
 
 void FrameSource::end()
 {
+    m_isBegun = false;
     m_memory.detach();
     m_fetched = QImage();
     Q_EMIT ended();
@@ -44,23 +46,27 @@ void FrameSource::end()
 
 void FrameSource::take()
 {
+    if (!m_isBegun)
+        return;
     if (m_memory.isAttached())
         Q_EMIT frameAvailable();
     else
         fetch();
 }
 
-// One at a time: further frames are announced while the call waits for its answer.
+// One at a time, and back to the event loop between two: this may run within the wait of another call,
+// which could not end before.
 void FrameSource::fetch()
 {
     m_isFetchDue = true;
     if (m_isFetching)
         return;
-    const QScopedValueRollback<bool> fetching(m_isFetching, true);
-    while (m_isFetchDue && m_mainProcess->isConnected()) {
-        m_isFetchDue = false;
-        m_fetched = QImage::fromData(m_service->getCompressedFrameBuffer());
-        if (!m_fetched.isNull())
-            Q_EMIT frameAvailable();
-    }
+    m_isFetchDue = false;
+    m_isFetching = true;
+    m_fetched = QImage::fromData(m_service->getCompressedFrameBuffer());
+    m_isFetching = false;
+    if (!m_fetched.isNull())
+        Q_EMIT frameAvailable();
+    if (m_isFetchDue)
+        QMetaObject::invokeMethod(this, &FrameSource::take, Qt::QueuedConnection);
 }

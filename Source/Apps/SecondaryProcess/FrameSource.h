@@ -40,6 +40,7 @@ private:
     oxRenderService *m_service;
     oxFrameReader m_memory;
     QImage m_fetched;
+    bool m_isBegun = false; // where the frames come from is known
     bool m_isFetching = false;
     bool m_isFetchDue = false;
 };

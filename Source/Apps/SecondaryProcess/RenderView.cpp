@@ -126,6 +126,7 @@ void RenderView::forgetFrame()
 
 void RenderView::requestSize()
 {
+    m_resizing.stop();
     const QSize pixels = size() * devicePixelRatioF();
     if (isConnected())
         m_service->resize(pixels.width(), pixels.height());
