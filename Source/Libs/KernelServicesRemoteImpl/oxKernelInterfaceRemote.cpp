@@ -168,9 +168,9 @@ QString moduleName(const QString &key)
     return key.startsWith(QLatin1String("ox")) ? key.mid(2) : key;
 }
 
-constexpr QLatin1String pluginMenu("Scripts");
-constexpr QLatin1String widgetVariable("TARNPluginWidget");
-constexpr QLatin1String widgetIdVariable("TARNPluginWidgetId");
+const QLatin1String pluginMenu("Scripts");
+const QLatin1String widgetVariable("TARNPluginWidget");
+const QLatin1String widgetIdVariable("TARNPluginWidgetId");
 
 QWidget *createContainer()
 {
