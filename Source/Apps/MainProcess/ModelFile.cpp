@@ -100,7 +100,7 @@ Scene::Material convert(const aiMaterial &source)
 // Null for what has no triangles.
 MeshPointer convert(const aiMesh &source)
 {
-    if (source.mPrimitiveTypes != aiPrimitiveType_TRIANGLE || source.mNumVertices > mostVertices
+    if (!(source.mPrimitiveTypes & aiPrimitiveType_TRIANGLE) || source.mNumVertices > mostVertices
         || source.mNumFaces > mostVertices)
         return nullptr;
     auto mesh = std::make_shared<Mesh>();
