@@ -39,18 +39,15 @@ bool hasEnumerations(const QMetaObject *metaObject, const QString &interfaceName
 
 oxQRPCServer::oxQRPCServer(QObject *parent)
     : QObject(parent)
-    , m_host(std::make_unique<QRemoteObjectHost>(noListener, QUrl(), QRemoteObjectHost::AllowExternalRegistration))
     , m_services(new ServiceList(this))
 {
-    m_host->enableRemoting(m_services);
     m_cleanUp.setInterval(cleanUpInterval);
     connect(&m_cleanUp, &QTimer::timeout, this, &oxQRPCServer::dropEndedConnections);
 }
 
 oxQRPCServer::~oxQRPCServer()
 {
-    for (const Connection &connection : qAsConst(m_connections))
-        drop(connection);
+    qDeleteAll(findChildren<QRemoteObjectHost *>(QString(), Qt::FindDirectChildrenOnly)); // before the services
 }
 
 bool oxQRPCServer::listen(const QUrl &address)
@@ -87,7 +84,8 @@ bool oxQRPCServer::registerService(QObject *service)
         m_offered.removeOne(service);
         updateServiceList();
     });
-    m_host->enableRemoting(service);
+    for (const Connection &connection : qAsConst(m_connections))
+        connection.host->enableRemoting(service);
     updateServiceList();
     return true;
 }
@@ -138,12 +136,24 @@ void oxQRPCServer::acceptFrom(Server *server)
             using Socket = std::remove_pointer_t<decltype(socket)>;
             if constexpr (std::is_same_v<Socket, QTcpSocket>)
                 socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-            m_host->addHostSideConnection(socket);
-            m_connections.append({socket, m_host->children().constLast()});
+            m_connections.append({socket, makeHost(socket)});
             connect(socket, &Socket::disconnected, socket, &QIODevice::close);
             connect(socket, &Socket::disconnected, this, &oxQRPCServer::dropEndedConnections);
         }
     });
+}
+
+// A host remembers the call that it answers, but only one: so a slot that runs an event loop, in which
+// others call, needs a host for each of them.
+QRemoteObjectHost *oxQRPCServer::makeHost(QIODevice *socket)
+{
+    auto *host = new QRemoteObjectHost(noListener, QUrl(), QRemoteObjectHost::AllowExternalRegistration, this);
+    host->enableRemoting(m_services);
+    for (QObject *service : qAsConst(m_offered))
+        host->enableRemoting(service);
+    host->addHostSideConnection(socket);
+    socket->setParent(host); // goes with it, last, as the host says farewell to it
+    return host;
 }
 
 // Not while a slot runs an event loop: the slot was called by the host, which comes back to the
@@ -155,16 +165,9 @@ void oxQRPCServer::dropEndedConnections()
     m_cleanUp.stop();
     const auto firstEnded = std::stable_partition(m_connections.begin(), m_connections.end(),
                                                   [](const Connection &c) { return c.socket->isOpen(); });
-    std::for_each(firstEnded, m_connections.end(), &oxQRPCServer::drop);
+    for (auto ended = firstEnded; ended != m_connections.end(); ++ended)
+        ended->host->deleteLater(); // it may be in the middle of a write to the socket
     m_connections.erase(firstEnded, m_connections.end());
-}
-
-// The host lets go of a connection when that says that it has ended, which those that are handed
-// over to it never do by themselves.
-void oxQRPCServer::drop(const Connection &connection)
-{
-    QMetaObject::invokeMethod(connection.hostSide, "disconnected");
-    connection.socket->deleteLater();
 }
 
 bool oxQRPCServer::fail(const QString &reason)

@@ -7,8 +7,6 @@
 #include <QUrl>
 #include <QVector>
 
-#include <memory>
-
 #include "oxqrpc_export.h"
 
 class QIODevice;
@@ -64,7 +62,7 @@ private:
     struct Connection
     {
         QIODevice *socket;
-        QObject *hostSide; ///< the host's object for it
+        QRemoteObjectHost *host;
     };
 
     void updateServiceList();
@@ -72,11 +70,10 @@ private:
     bool listenOnTcp(const QUrl &address);
     template<class Server>
     void acceptFrom(Server *server);
+    QRemoteObjectHost *makeHost(QIODevice *socket);
     void dropEndedConnections();
-    static void drop(const Connection &connection);
     bool fail(const QString &reason);
 
-    std::unique_ptr<QRemoteObjectHost> m_host;
     ServiceList *m_services;
     QList<QObject *> m_offered;
     QVector<Connection> m_connections;
