@@ -218,7 +218,8 @@ const char *yesOrNo(bool value)
 bool runPluginFile(const QString &path, PythonQtObjectPtr *module)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    // A pipe would be waited for until somebody writes into it, and a device may have no end.
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
         fprintf(stderr, "Couldn't load '%s' plugin!\n", path.toUtf8().constData());
         return false;
     }

@@ -80,7 +80,8 @@ public:
     ///
     /// @param path the full path: a relative one is looked up in the plugin's own folder
     /// @return true when the text was handed to Python, also if it failed there; false when the
-    ///         file cannot be opened or names both bindings. The panel, empty, exists even then.
+    ///         file cannot be opened, which pipes and devices never are, or names both bindings.
+    ///         The panel, empty, exists even then.
     ///
     /// Standard output: "PythonQt: yes PySide2: no", then "Loaded 'Key' python plugin."; standard
     /// error: "Couldn't load '/path' plugin!" or "Couldn't load plugin '/path', it seems to use
