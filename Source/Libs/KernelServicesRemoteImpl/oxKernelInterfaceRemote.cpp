@@ -54,7 +54,14 @@ namespace {
 template<class Interface, class Implementation = Interface, class... Arguments>
 void createService(Arguments... arguments)
 {
-    oxKernelServiceFactory::the()->fileService<Interface>(new Implementation(arguments...));
+    auto *factory = oxKernelServiceFactory::the();
+    auto *service = new Implementation(arguments...);
+    factory->fileService<Interface>(service);
+    // Services live until the process ends, but a script can delete the one it sees.
+    QObject::connect(service, &QObject::destroyed, service, [factory, service] {
+        if (factory->getServices().contains(service))
+            factory->fileService<Interface>(nullptr);
+    });
 }
 
 void createServices()
@@ -107,6 +114,8 @@ void addPythonBindings(PythonQtObjectPtr *module, bool verbose)
         return;
     const QList<oxBaseService *> services = oxKernelServiceFactory::the()->getServices();
     for (oxBaseService *service : services) {
+        if (!service)
+            continue;
         const QByteArray name = nameInPython(service);
         if (name != "oxMessageService")
             continue;
