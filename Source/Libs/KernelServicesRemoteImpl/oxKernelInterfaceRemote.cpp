@@ -125,6 +125,16 @@ void addPythonBindings(PythonQtObjectPtr *module, bool verbose)
     }
 }
 
+// Without the trace function that a plugin may have set: if it raised an exception, there would be no module.
+PythonQtObjectPtr createPluginModule()
+{
+    PyThreadState *thread = PyThreadState_GET();
+    ++thread->tracing; // as Python itself does while it calls that function
+    PythonQtObjectPtr module = PythonQt::self()->createUniqueModule();
+    --thread->tracing;
+    return module;
+}
+
 void evalStatements(PythonQtObjectPtr *module, const QString &text)
 {
     module->evalScript(text, Py_file_input);
@@ -355,7 +365,7 @@ void oxKernelInterface::loadScriptPlugins()
 bool oxKernelInterface::loadPythonPlugin(const QString &path)
 {
     const QString key = pluginKey(path);
-    auto *module = new PythonQtObjectPtr(PythonQt::self()->createUniqueModule());
+    auto *module = new PythonQtObjectPtr(createPluginModule());
     QWidget *container = createContainer();
 
     const auto loaded = d->plugins.find(key);
