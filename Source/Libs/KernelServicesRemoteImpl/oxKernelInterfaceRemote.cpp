@@ -312,8 +312,10 @@ void oxKernelInterface::initPythonInterpreter()
 
     // Start-up gives up the interpreter lock: whatever enters Python later has to take it.
     PythonQt::setEnableThreadSupport(true);
-    // A script's sys.exit() ends the script, not the process.
+    // A script's sys.exit() ends the script, not the process: where PythonQt runs it, and where
+    // Python itself prints the exception.
     PythonQt::self()->setSystemExitExceptionHandlerEnabled(true);
+    Py_InspectFlag = 1;
 
     connect(PythonQt::self(), &PythonQt::pythonStdOut, this, &oxKernelInterface::pythonStdOut);
     connect(PythonQt::self(), &PythonQt::pythonStdErr, this, &oxKernelInterface::pythonStdErr);
