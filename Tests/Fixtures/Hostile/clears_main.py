@@ -1,0 +1,3 @@
+import __main__
+
+__main__.__dict__.clear()

@@ -1,0 +1,4 @@
+import PythonQt
+
+PythonQt.__dict__.clear()
+PythonQt.QtGui = None

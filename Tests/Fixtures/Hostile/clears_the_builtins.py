@@ -1,0 +1,3 @@
+import __builtin__
+
+__builtin__.__dict__.clear()

@@ -1,0 +1,4 @@
+import os
+
+os.close(1)
+print 'never shown'

@@ -1,0 +1,19 @@
+# Out of reach: Qt itself ends a process that does so.
+import threading
+
+from PythonQt.QtCore import QThread
+
+started = threading.Event()
+
+
+class Worker(QThread):
+    def run(self):
+        started.set()
+        while True:
+            self.msleep(1)
+
+
+worker = Worker()
+worker.start()
+started.wait()
+worker.delete()

@@ -1,0 +1,4 @@
+from PythonQt.QtGui import QMenu
+
+for menu in TARNPluginWidget.parentWidget().parentWidget().menuBar().findChildren(QMenu):
+    menu.clear()

@@ -1,0 +1,2 @@
+del __builtins__
+print len('abc')

@@ -1,0 +1,2 @@
+TARNPluginWidget.delete()
+print 'goes on'

@@ -1,0 +1,2 @@
+TARNPluginWidget.deleteLater()
+print 'goes on'

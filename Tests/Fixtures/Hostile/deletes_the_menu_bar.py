@@ -1,0 +1,1 @@
+TARNPluginWidget.parentWidget().parentWidget().menuBar().delete()

@@ -1,0 +1,15 @@
+from PythonQt.QtGui import QWidget
+
+
+class Canvas(QWidget):
+    isPainted = False
+
+    def paintEvent(self, event):
+        if not self.isPainted:
+            self.isPainted = True
+            raise ValueError('in a paint event')
+
+
+canvas = Canvas()
+canvas.setMinimumSize(50, 50)
+TARNPluginWidget.layout().addWidget(canvas)

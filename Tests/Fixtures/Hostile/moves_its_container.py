@@ -1,0 +1,2 @@
+container = TARNPluginWidget
+container.setParent(None)

@@ -1,0 +1,1 @@
+for i in range(2):    print i

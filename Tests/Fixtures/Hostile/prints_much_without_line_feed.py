@@ -1,0 +1,3 @@
+import sys
+
+sys.stdout.write('x' * 100000000)

@@ -1,0 +1,1 @@
+print 'a\0b', '\xff\xfe', u'\ud800', '\r', '%s%n'

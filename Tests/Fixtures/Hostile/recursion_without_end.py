@@ -1,0 +1,5 @@
+def again():
+    again()
+
+
+again()

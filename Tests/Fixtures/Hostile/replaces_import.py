@@ -1,0 +1,3 @@
+import __builtin__
+
+__builtin__.__import__ = None

@@ -1,0 +1,5 @@
+import sys
+import StringIO
+
+sys.stdout = StringIO.StringIO()
+print 'never shown'

@@ -1,0 +1,4 @@
+import sys
+
+sys.stdout = None
+print 'never shown'

@@ -1,0 +1,3 @@
+if True:
+	print "tab"
+        print "blanks"

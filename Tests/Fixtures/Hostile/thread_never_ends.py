@@ -1,0 +1,3 @@
+import threading
+
+threading.Thread(target=threading.Event().wait).start()

@@ -1,0 +1,2 @@
+# -*- coding: no-such-coding -*-
+print "runs"
