@@ -22,6 +22,8 @@ private Q_SLOTS:
     void relativeFileIsFoundAfterTheFolderChanged();
     void badFilesGiveOneClearError_data();
     void badFilesGiveOneClearError();
+    void helpersForPySide2SayThatItIsMissing_data();
+    void helpersForPySide2SayThatItIsMissing();
 
 private:
     PluginHost *m_host = nullptr;
@@ -157,6 +159,27 @@ void tst_uiTools::badFilesGiveOneClearError()
     const Output output = outputOf([this] { m_host->scan(); });
     const QByteArray last = output.standardError.trimmed().split('\n').last();
     QCOMPARE(last, "python error: '" + error.replace("%1", file.toUtf8()) + "'");
+}
+
+void tst_uiTools::helpersForPySide2SayThatItIsMissing_data()
+{
+    QTest::addColumn<QByteArray>("call");
+
+    QTest::newRow("form") << QByteArray("loadUiTypePySide('panel.ui')");
+    QTest::newRow("panel") << QByteArray("getWidget(1)");
+}
+
+// In an installation without PySide2: the other helpers work, as the other tests show.
+void tst_uiTools::helpersForPySide2SayThatItIsMissing()
+{
+    QFETCH(QByteArray, call);
+    m_host->write(QStringLiteral("Panel.py"), "import uiTools\nuiTools." + call + '\n');
+    m_host->write(QStringLiteral("Other.py"), "print 'runs'\n");
+    const Output output = outputOf([this] { m_host->scan(); });
+    QCOMPARE(output.standardError.trimmed().split('\n').last(),
+             "python error: 'ImportError: uiTools." + call.left(call.indexOf('('))
+                 + "() needs PySide2, which cannot be loaded: No module named PySide2'");
+    QVERIFY(output.standardOutput.contains("python info: 'runs'\n"));
 }
 
 QTEST_MAIN(tst_uiTools)
