@@ -21,7 +21,9 @@ def swatch(color, side):
     painter.setBrush(color)
     painter.drawRoundedRect(1, 1, side - 2, side - 2, 5, 5)
     painter.end()
-    return QIcon(pixmap)
+    icon = QIcon(pixmap)
+    icon.addPixmap(pixmap, QIcon.Selected)  # or else it is tinted there
+    return icon
 
 
 class MaterialBrowser(object):
@@ -97,10 +99,6 @@ class MaterialBrowser(object):
         self.materials = oxMaterialService.getMaterials() if online else []
         names = oxMaterialService.getNames(self.materials) if online else []
         self.colors = oxMaterialService.getColors(self.materials) if online else []
-        self.undo.setEnabled(online and oxUndoService.canUndo())
-        self.redo.setEnabled(online and oxUndoService.canRedo())
-        self.other.setEnabled(online)
-
         row = max(0, self.list.currentRow)
         self.list.clear()
         for name, color in zip(names, self.colors):
@@ -109,6 +107,9 @@ class MaterialBrowser(object):
         self.list.setCurrentRow(min(row, self.list.count - 1))
         self.list.setVisible(online)
         self.hint.setVisible(not online)
+        self.other.setEnabled(online)
+        self.undo.setEnabled(online and oxUndoService.canUndo())
+        self.redo.setEnabled(online and oxUndoService.canRedo())
 
 
 TARNPluginWidget.layout().setContentsMargins(9, 9, 9, 9)

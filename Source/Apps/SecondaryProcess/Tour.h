@@ -7,8 +7,9 @@
 
 class MainWindow;
 
-/// Shows without a user what a user can do, and saves a picture of each stop: the overlay peeking
-/// in and shown with panels in it, a file that loads and uploads, the preferences.
+/// Shows without a user what a user can do, and saves a picture of each stop: panels that are
+/// clicked, a model that loads and uploads, the overlay peeking in and shown with panels in it, the
+/// preferences. Needs a main process.
 class Tour : public QObject
 {
     Q_OBJECT
@@ -19,8 +20,8 @@ public:
     void start();
 
 Q_SIGNALS:
-    /// @param allSaved whether every picture could be written
-    void finished(bool allSaved);
+    /// @param allDone whether the model was loaded and every picture saved
+    void finished(bool allDone);
 
 private:
     struct Stop
@@ -31,14 +32,14 @@ private:
     };
 
     void goOn();
+    void clickPanels();
     void movePanelsToOverlay();
-    void loadFile();
-    void pauseAndSave(const QString &picture);
+    void loadModel();
     void save(const QString &picture);
 
     MainWindow *m_window;
     QString m_folder;
     QList<Stop> m_stops;
     QTimer m_settling;
-    bool m_allSaved = true;
+    bool m_allDone = true;
 };

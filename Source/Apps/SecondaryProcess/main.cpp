@@ -89,8 +89,8 @@ int main(int argc, char **argv)
                                         QStringLiteral("Save a picture of the window to this file, then end."),
                                         QStringLiteral("file"));
     const QCommandLineOption tour(QStringLiteral("tour"),
-                                  QStringLiteral("Show the overlay, a file that loads and the preferences, save "
-                                                 "pictures of them to this folder, then end."),
+                                  QStringLiteral("Click the open panels, load a model, show the overlay and the "
+                                                 "preferences, save pictures of that to this folder, then end."),
                                   QStringLiteral("folder"));
     parser.addOptions({connectTo, callTimeout, base, plugins, open, screenshot, tour});
     parser.process(application);
@@ -128,6 +128,9 @@ int main(int argc, char **argv)
     if (parser.isSet(connectTo))
         client.waitForConnected(startTime); // so that plugins find it
     kernel->loadScriptPlugins();
+
+    if (parser.isSet(tour) && !mainProcess.isConnected())
+        return failed(QStringLiteral("the tour needs a main process: ") + target.command);
 
     bool allOpened = true;
     const QStringList modules = parser.values(open);
