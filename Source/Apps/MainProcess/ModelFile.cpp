@@ -49,14 +49,20 @@ private:
     int m_reported = -1;
 };
 
-// A file may name others, and those may be pipes that never end or open.
+bool isReadable(const char *file)
+{
+    const QFileInfo info(QString::fromUtf8(file));
+    return info.isFile() && info.size() <= largestFile;
+}
+
+// A file may name others, and those may be pipes, which wait for a writer when they are opened.
 class RegularFiles : public Assimp::DefaultIOSystem
 {
 public:
+    bool Exists(const char *file) const override { return isReadable(file); }
     Assimp::IOStream *Open(const char *file, const char *mode) override
     {
-        const QFileInfo info(QString::fromUtf8(file));
-        return info.isFile() && info.size() <= largestFile ? DefaultIOSystem::Open(file, mode) : nullptr;
+        return isReadable(file) ? DefaultIOSystem::Open(file, mode) : nullptr;
     }
 };
 
@@ -241,14 +247,20 @@ Scene::Model ModelFile::read(const QString &file, const Progress &progress, QStr
         *error = QStringLiteral("larger than a gibibyte");
         return {};
     }
+    bool isCancelled = false;
+    const auto watched = [&](int percent) {
+        isCancelled = !progress(percent);
+        return !isCancelled;
+    };
     try {
         Assimp::Importer importer;
-        importer.SetIOHandler(new RegularFiles);             // the importer owns both
-        importer.SetProgressHandler(new Reporter(progress)); //
+        importer.SetIOHandler(new RegularFiles);            // the importer owns both
+        importer.SetProgressHandler(new Reporter(watched)); //
         importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
         const aiScene *scene = importer.ReadFile(QFile::encodeName(file).constData(), postProcessing);
         if (!scene || !scene->mRootNode) {
-            *error = QString::fromLocal8Bit(importer.GetErrorString()).simplified();
+            *error = isCancelled ? QStringLiteral("cancelled")
+                                 : QString::fromLocal8Bit(importer.GetErrorString()).simplified();
             return {};
         }
         const Scene::Model model = convert(*scene, info.completeBaseName());

@@ -6,12 +6,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "Renderer.h"
 #include "Scene.h"
 
 namespace {
 
 constexpr qint64 frameTime = 1000000000 / 60; // in nanoseconds
+constexpr int stillTime = 150;                // in milliseconds
 constexpr double degreesPerPixel = 0.35;
 
 } // namespace
@@ -22,10 +22,13 @@ RenderService::RenderService(Scene *scene, Renderer *renderer, const QSize &size
     , m_renderer(renderer)
     , m_size(size.expandedTo(QSize(1, 1)).boundedTo(largestSize()))
 {
-    m_timer.setSingleShot(true);
-    m_timer.setTimerType(Qt::PreciseTimer);
+    m_nextFrame.setSingleShot(true);
+    m_nextFrame.setTimerType(Qt::PreciseTimer);
+    m_lastFrame.setSingleShot(true);
+    m_lastFrame.setInterval(stillTime);
     m_clock.start();
-    connect(&m_timer, &QTimer::timeout, this, &RenderService::renderFrame);
+    connect(&m_nextFrame, &QTimer::timeout, this, &RenderService::renderNextFrame);
+    connect(&m_lastFrame, &QTimer::timeout, this, &RenderService::renderLastFrame);
     connect(m_scene, &Scene::materialsChanged, this, &RenderService::requestFrame);
     connect(m_scene, &Scene::nodesChanged, this, &RenderService::requestFrame);
     connect(m_scene, &Scene::cameraChanged, this, &RenderService::requestFrame);
@@ -112,7 +115,7 @@ int RenderService::getCodec() const
 QByteArray RenderService::getFrameBuffer()
 {
     QByteArray pixels(4 * m_size.width() * m_size.height(), Qt::Uninitialized);
-    if (!m_renderer->render(*m_scene, m_size, reinterpret_cast<uchar *>(pixels.data())))
+    if (!m_renderer->render(*m_scene, m_size, m_drawing, reinterpret_cast<uchar *>(pixels.data())))
         return {};
     return pixels;
 }
@@ -197,22 +200,37 @@ void RenderService::updateOverlay(const QString &) {}
 // As many frames as are due, but for those that are late already: they are left out.
 void RenderService::requestFrame()
 {
-    if (m_timer.isActive())
+    if (m_nextFrame.isActive())
         return;
     const qint64 now = m_clock.nsecsElapsed();
     m_dueTime = std::max(m_dueTime + frameTime, now);
-    m_timer.start(static_cast<int>((m_dueTime - now + 999999) / 1000000));
+    m_nextFrame.start(static_cast<int>((m_dueTime - now + 999999) / 1000000));
 }
 
-void RenderService::renderFrame()
+void RenderService::renderNextFrame()
 {
     const qint64 now = m_clock.nsecsElapsed();
-    m_scene->advance(static_cast<double>(now - m_lastFrameTime) / 1e9);
-    m_lastFrameTime = now;
-    if (uchar *pixels = m_frames.begin(m_size)) {
-        if (m_renderer->render(*m_scene, m_size, pixels))
-            Q_EMIT frameRendered(static_cast<int>(m_frames.finish()));
-    }
-    if (m_scene->isTurning())
+    m_scene->advance(static_cast<double>(now - m_advanceTime) / 1e9);
+    m_advanceTime = now;
+    m_drawing = Renderer::Draft;
+    shareFrame();
+    if (m_scene->isTurning()) {
+        m_lastFrame.stop();
         requestFrame();
+    } else {
+        m_lastFrame.start();
+    }
+}
+
+void RenderService::renderLastFrame()
+{
+    m_drawing = Renderer::Smooth;
+    shareFrame();
+}
+
+void RenderService::shareFrame()
+{
+    uchar *pixels = m_frames.begin(m_size);
+    if (pixels && m_renderer->render(*m_scene, m_size, m_drawing, pixels))
+        Q_EMIT frameRendered(static_cast<int>(m_frames.finish()));
 }

@@ -5,14 +5,15 @@
 #include <QSize>
 #include <QTimer>
 
+#include "Renderer.h"
 #include "oxFrameWriter.h"
 #include "oxRenderService.h"
 
-class Renderer;
 class Scene;
 
 /// Renders the scene whenever it changed and turns its camera with the mouse: at most 60 frames in a
-/// second, into the shared memory.
+/// second, into the shared memory. When nothing has changed for a while, a last frame has smooth
+/// edges.
 class RenderService : public oxRenderService
 {
     Q_OBJECT
@@ -63,16 +64,20 @@ public Q_SLOTS:
 
 private:
     void requestFrame();
-    void renderFrame();
+    void renderNextFrame();
+    void renderLastFrame();
+    void shareFrame();
 
     Scene *m_scene;
     Renderer *m_renderer;
     oxFrameWriter m_frames;
     QSize m_size;
-    QTimer m_timer;
+    QTimer m_nextFrame;
+    QTimer m_lastFrame;
     QElapsedTimer m_clock;
-    qint64 m_dueTime = 0; // of the next frame, in nanoseconds
-    qint64 m_lastFrameTime = 0;
+    Renderer::Quality m_drawing = Renderer::Draft;
+    qint64 m_dueTime = 0;     // of the next frame, in nanoseconds
+    qint64 m_advanceTime = 0; // until when the scene has moved
     QPoint m_mousePosition;
     int m_quality = 80;
     int m_bitrate = 0;

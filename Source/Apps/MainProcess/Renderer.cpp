@@ -229,11 +229,12 @@ void Renderer::uploadAll(const Scene &scene)
     }
 }
 
-bool Renderer::render(const Scene &scene, const QSize &size, uchar *pixels)
+bool Renderer::render(const Scene &scene, const QSize &size, Quality quality, uchar *pixels)
 {
     if (!prepareTarget(size))
         return false;
-    QOpenGLFramebufferObject *target = m_target ? m_target.get() : m_resolved.get();
+    const bool isSmooth = quality == Smooth && m_target;
+    QOpenGLFramebufferObject *target = isSmooth ? m_target.get() : m_resolved.get();
     target->bind();
     m_gl->glViewport(0, 0, size.width(), size.height());
     m_gl->glClear(GL_DEPTH_BUFFER_BIT);
@@ -255,7 +256,7 @@ bool Renderer::render(const Scene &scene, const QSize &size, uchar *pixels)
         }
     }
 
-    if (m_target)
+    if (isSmooth)
         QOpenGLFramebufferObject::blitFramebuffer(m_resolved.get(), m_target.get());
     m_resolved->bind();
     m_gl->glReadPixels(0, 0, size.width(), size.height(), GL_RGBA, GL_UNSIGNED_BYTE, pixels);

@@ -20,6 +20,9 @@
 class Renderer
 {
 public:
+    /// Smooth edges cost several times as much where OpenGL is done by software.
+    enum Quality { Draft, Smooth };
+
     Renderer();
     ~Renderer();
 
@@ -38,7 +41,7 @@ public:
 
     /// Renders the scene into @p pixels: rows from the top, each pixel as in QImage::Format_RGB32.
     /// @return false where the graphics card has no memory for that size
-    bool render(const Scene &scene, const QSize &size, uchar *pixels);
+    bool render(const Scene &scene, const QSize &size, Quality quality, uchar *pixels);
 
 private:
     Q_DISABLE_COPY(Renderer)

@@ -19,7 +19,7 @@ public:
 public Q_SLOTS:
     // Their order is that of the slots in the table of virtual functions: part of the interface.
     virtual bool newFile();
-    /// Adds the contents of @p file, which the main process reads, to the scene. progress() tells
+    /// Shows @p file, which the main process reads, in place of the scene. progress() tells
     /// how far it is while this waits.
     /// @return false when it cannot be read
     virtual bool loadFile(const QString &file);

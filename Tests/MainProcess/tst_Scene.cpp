@@ -1,0 +1,191 @@
+#include "Scene.h"
+
+#include <QSet>
+#include <QSignalSpy>
+#include <QtTest>
+
+#include <limits>
+
+namespace {
+
+Scene::Model modelOf(const std::vector<Mesh::Vertex> &vertices)
+{
+    auto mesh = std::make_shared<Mesh>();
+    mesh->vertices = vertices;
+    mesh->indices = {0, 1, 2};
+    Scene::Model model;
+    model.materials.append({0, "oxdPhongMaterial", QStringLiteral("Only"), Qt::red, 0.5});
+    model.nodes.append({0, QStringLiteral("Triangle"), 0, mesh, {}});
+    return model;
+}
+
+QSet<Scene::Id> idsOf(const Scene &scene)
+{
+    QSet<Scene::Id> ids;
+    for (const auto &material : scene.materials())
+        ids.insert(material.id);
+    for (const auto &node : scene.nodes())
+        ids.insert(node.id);
+    for (const auto &camera : scene.cameras())
+        ids.insert(camera.id);
+    return ids;
+}
+
+} // namespace
+
+class tst_Scene : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void startsWithAMeshOnAFloor();
+    void everythingHasItsOwnIdForEver();
+    void modelTakesThePlaceOfTheScene();
+    void modelOfAnySizeStandsOnTheFloor_data();
+    void modelOfAnySizeStandsOnTheFloor();
+    void changeIsUndoneAndRedone();
+    void changeOfNothingIsNotUndone();
+    void whatWasBeforeANewSceneIsNotUndone();
+    void turntableTurnsByTime();
+    void everyMeshIsSound();
+};
+
+void tst_Scene::startsWithAMeshOnAFloor()
+{
+    const Scene scene;
+    QCOMPARE(scene.nodes().size(), 3);
+    QCOMPARE(scene.materials().size(), 3);
+    QVERIFY(scene.nodes().last().isFloor);
+    for (const Scene::Node &node : scene.nodes())
+        QVERIFY(scene.material(node.material));
+    QVERIFY(!scene.material(0));
+    QVERIFY(!scene.node(scene.materials().first().id));
+}
+
+void tst_Scene::everythingHasItsOwnIdForEver()
+{
+    Scene scene;
+    const QSet<Scene::Id> before = idsOf(scene);
+    QCOMPARE(before.size(), 9);
+    QVERIFY(!before.contains(0));
+    scene.clear();
+    const QSet<Scene::Id> after = idsOf(scene);
+    QCOMPARE(QSet<Scene::Id>(before & after).size(), 3); // the cameras stay
+}
+
+void tst_Scene::modelTakesThePlaceOfTheScene()
+{
+    Scene scene;
+    QSignalSpy materials(&scene, &Scene::materialsChanged);
+    QSignalSpy nodes(&scene, &Scene::nodesChanged);
+    scene.show(modelOf({{{0, 0, 0}, {}}, {{1, 0, 0}, {}}, {{0, 1, 0}, {}}}));
+    QCOMPARE(scene.nodes().size(), 2);
+    QCOMPARE(scene.nodes().first().name, QStringLiteral("Triangle"));
+    QCOMPARE(scene.material(scene.nodes().first().material)->name, QStringLiteral("Only"));
+    QVERIFY(scene.nodes().last().isFloor);
+    QCOMPARE(materials.count(), 1);
+    QCOMPARE(nodes.count(), 1);
+}
+
+void tst_Scene::modelOfAnySizeStandsOnTheFloor_data()
+{
+    QTest::addColumn<float>("size");
+    QTest::addColumn<QVector3D>("place");
+    QTest::newRow("small") << 1e-6f << QVector3D();
+    QTest::newRow("one") << 1.0f << QVector3D(5, -7, 9);
+    QTest::newRow("large") << 1e6f << QVector3D(-1e6f, 1e6f, 0);
+}
+
+void tst_Scene::modelOfAnySizeStandsOnTheFloor()
+{
+    QFETCH(float, size);
+    QFETCH(QVector3D, place);
+    const std::vector<Mesh::Vertex> vertices{
+        {place, {}}, {place + size * QVector3D(1, 0, 0), {}}, {place + size * QVector3D(0, 0.5f, 0.5f), {}}};
+    const QMatrix4x4 matrix = Scene::fitting(modelOf(vertices));
+    const QVector3D first = matrix * vertices[0].position;
+    const QVector3D second = matrix * vertices[1].position;
+    const QVector3D third = matrix * vertices[2].position;
+    QVERIFY(std::abs(first.y()) < 1e-3f);
+    QVERIFY(std::abs((second - first).x() - 1.7f) < 1e-3f);
+    QVERIFY(std::abs(first.x() + second.x()) < 1e-3f);
+    QVERIFY(std::abs(third.y() - 0.85f) < 1e-3f);
+    QVERIFY(std::abs(first.z() + third.z()) < 1e-3f);
+
+    // What has no size stays as it is.
+    QVERIFY(Scene::fitting(modelOf({{place, {}}, {place, {}}, {place, {}}})).isIdentity());
+    const float huge = std::numeric_limits<float>::max();
+    QVERIFY(Scene::fitting(modelOf({{{huge, 0, 0}, {}}, {{-huge, 0, 0}, {}}, {{0, 1, 0}, {}}})).isIdentity());
+}
+
+void tst_Scene::changeIsUndoneAndRedone()
+{
+    Scene scene;
+    QSignalSpy signal(&scene, &Scene::materialsChanged);
+    QVector<Scene::Material> materials = scene.materials();
+    const QColor before = materials.at(1).color;
+    materials[0].color = Qt::green;
+    materials[1].color = Qt::green;
+    scene.change(materials.mid(0, 2), QStringLiteral("Green"));
+    QCOMPARE(scene.materials().at(1).color, QColor(Qt::green));
+    scene.undoStack()->undo();
+    QCOMPARE(scene.materials().at(1).color, before);
+    QVERIFY(scene.materials().at(0).color != QColor(Qt::green));
+    scene.undoStack()->redo();
+    QCOMPARE(scene.materials().at(0).color, QColor(Qt::green));
+    QCOMPARE(signal.count(), 3);
+}
+
+void tst_Scene::changeOfNothingIsNotUndone()
+{
+    Scene scene;
+    scene.change(QVector<Scene::Material>(), QStringLiteral("Nothing"));
+    scene.change(QVector<Scene::Node>(), QStringLiteral("Nothing"));
+    QVERIFY(!scene.undoStack()->canUndo());
+}
+
+void tst_Scene::whatWasBeforeANewSceneIsNotUndone()
+{
+    Scene scene;
+    scene.change(scene.nodes(), QStringLiteral("Something"));
+    QVERIFY(scene.undoStack()->canUndo());
+    scene.clear();
+    QVERIFY(!scene.undoStack()->canUndo());
+    scene.change(scene.nodes(), QStringLiteral("Something"));
+    scene.show(modelOf({{{0, 0, 0}, {}}, {{1, 0, 0}, {}}, {{0, 1, 0}, {}}}));
+    QVERIFY(!scene.undoStack()->canUndo());
+}
+
+void tst_Scene::turntableTurnsByTime()
+{
+    Scene scene;
+    scene.advance(2);
+    const double angle = scene.turnAngle();
+    QVERIFY(angle > 0);
+    scene.advance(1);
+    QCOMPARE(scene.turnAngle(), 1.5 * angle);
+    scene.setTurning(false);
+    scene.advance(1);
+    QCOMPARE(scene.turnAngle(), 1.5 * angle);
+    scene.setTurning(true);
+    scene.advance(1000000);
+    QVERIFY(scene.turnAngle() < 360);
+}
+
+void tst_Scene::everyMeshIsSound()
+{
+    const Scene scene;
+    for (const Scene::Node &node : scene.nodes()) {
+        QVERIFY(!node.mesh->indices.empty());
+        QCOMPARE(node.mesh->indices.size() % 3, size_t(0));
+        for (const quint32 index : node.mesh->indices)
+            QVERIFY(index < node.mesh->vertices.size());
+        for (const Mesh::Vertex &vertex : node.mesh->vertices) {
+            QVERIFY(std::abs(vertex.normal.length() - 1) < 1e-3f);
+            QVERIFY(vertex.position.y() >= 0);
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_Scene)
+#include "tst_Scene.moc"
