@@ -88,6 +88,16 @@ void tst_oxPluginSource::bindingIsNamedOnALineWithImport_data()
     add("not UTF-8 before it", "x = '\xff\xe9'\nimport PySide2\n", false, true);
     add("zero byte on the line before", QByteArray("x\0\nimport PySide2\n", 18), false, true);
     add("zero byte on the line itself", QByteArray("\0import PythonQt\n", 17), true, false);
+    add("after a long line", QByteArray(1 << 20, 'x') + "\nimport PySide2\n", false, true);
+    add("import far before the name", "import " + QByteArray(1 << 20, 'x') + "PySide2\n", false, true);
+    add("import far behind the name", "PySide2" + QByteArray(1 << 20, 'x') + "import\n", false, true);
+    add("comment far before the name", "#" + QByteArray(1 << 20, 'x') + "import PySide2\n", false, false);
+    add("a name on a line before", "PySide2\nimport PythonQt\n", true, false);
+    add("a name on a comment before", "# PySide2\nimport os\nimport PySide2\n", false, true);
+    add("a name where the others begin", "import PyPyPythonQt\n", true, false);
+    for (int length = (1 << 18) - 20; length <= (1 << 18) + 20; ++length)
+        add(qPrintable(QStringLiteral("name after %1 bytes").arg(length)),
+            "import " + QByteArray(length, ' ') + "PySide2", false, true);
     add("after ten thousand lines", QByteArray("x = 1\n").repeated(10000) + "import PythonQt\n", true, false);
 }
 
@@ -131,6 +141,14 @@ void tst_oxPluginSource::rewritePutsThePySide2HelpersIn_data()
     QTest::newRow("every occurrence") << "uiTools.loadUiType;TARNPluginWidget;uiTools.loadUiType;TARNPluginWidget"
                                       << "uiTools.loadUiTypePySide;uiTools.getWidget(TARNPluginWidgetId);"
                                          "uiTools.loadUiTypePySide;uiTools.getWidget(TARNPluginWidgetId)";
+    QTest::newRow("at the very end") << "a = b.c(TARNPluginWidget"
+                                     << "a = b.c(uiTools.getWidget(TARNPluginWidgetId)";
+    QTest::newRow("very often") << QStringLiteral("TARNPluginWidget;").repeated(5000)
+                                << QStringLiteral("uiTools.getWidget(TARNPluginWidgetId);").repeated(5000);
+    QTest::newRow("a beginning of it") << "TARNPluginWidge TARNTARNPluginWidget"
+                                       << "TARNPluginWidge TARNuiTools.getWidget(TARNPluginWidgetId)";
+    QTest::newRow("empty") << ""
+                           << "";
     QTest::newRow("in comments and strings") << "# 'TARNPluginWidget'"
                                              << "# 'uiTools.getWidget(TARNPluginWidgetId)'";
     QTest::newRow("wrong case") << "UiTools.loaduitype tarnPluginWidget"

@@ -1,7 +1,54 @@
 #include "oxPluginSource.h"
 
+#include <QByteArray>
 #include <QIODevice>
-#include <QTextStream>
+#include <QStringMatcher>
+#include <QVector>
+
+#include <algorithm>
+#include <string_view>
+
+namespace {
+
+constexpr qint64 blockSize = 1 << 18;
+
+// Looks at each line with the name once, and at no other.
+bool hasImportOf(std::string_view binding, std::string_view text)
+{
+    constexpr auto none = std::string_view::npos;
+    for (size_t name = text.find(binding); name != none; name = text.find(binding, name)) {
+        const size_t lineStart = text.rfind('\n', name) + 1;
+        const size_t lineEnd = std::min(text.find('\n', name), text.size());
+        const std::string_view line = text.substr(lineStart, lineEnd - lineStart);
+        if (line.front() != '#' && line.find("import") != none)
+            return true;
+        name = lineEnd;
+    }
+    return false;
+}
+
+// By a longer text. Moves each part of the text once, to its place: QString::replace() moves all
+// that follows once for each thousand replacements.
+void replaceAll(QString *text, const QString &before, const QString &after)
+{
+    const QStringMatcher matcher(before);
+    QVector<int> found;
+    for (int at = matcher.indexIn(*text); at >= 0; at = matcher.indexIn(*text, at + before.size()))
+        found.append(at);
+
+    const int growth = after.size() - before.size();
+    int end = text->size();
+    text->resize(end + found.size() * growth);
+    QChar *const data = text->data();
+    for (int i = found.size() - 1; i >= 0; --i) {
+        const int next = found.at(i) + before.size();
+        std::copy_backward(data + next, data + end, data + end + (i + 1) * growth);
+        end = found.at(i);
+        std::copy(after.begin(), after.end(), data + end + i * growth);
+    }
+}
+
+} // namespace
 
 QString readPluginText(QIODevice *device)
 {
@@ -11,14 +58,26 @@ QString readPluginText(QIODevice *device)
 oxPluginBindings detectBindings(QIODevice *device)
 {
     oxPluginBindings bindings;
-    QTextStream stream(device);
-    QString line;
-    while (stream.readLineInto(&line)) {
-        if (line.startsWith(QLatin1Char('#')) || !line.contains(QLatin1String("import")))
-            continue;
-        bindings.usesPythonQt |= line.contains(QLatin1String("PythonQt"));
-        bindings.usesPySide2 |= line.contains(QLatin1String("PySide2"));
+    const auto look = [&bindings](const QByteArray &lines) {
+        const std::string_view text(lines.constData(), size_t(lines.size()));
+        bindings.usesPythonQt |= hasImportOf("PythonQt", text);
+        bindings.usesPySide2 |= hasImportOf("PySide2", text);
+    };
+
+    QByteArray block = device->read(blockSize);
+    if (block.startsWith("\xef\xbb\xbf"))
+        block.remove(0, 3); // a byte order mark
+    QByteArray lines;
+    while (!block.isEmpty()) {
+        const int complete = block.lastIndexOf('\n') + 1;
+        if (complete > 0) {
+            look(lines + block.left(complete));
+            lines.clear();
+        }
+        lines += block.mid(complete);
+        block = device->read(blockSize);
     }
+    look(lines);
     return bindings;
 }
 
@@ -26,7 +85,7 @@ QString rewriteForPySide2(QString text)
 {
     // Deliberate: plain replacement, so "uiTools.loadUiTypePySide" ends up with its suffix
     // doubled and "TARNPluginWidgetId" as "uiTools.getWidget(TARNPluginWidgetId)Id".
-    text.replace(QLatin1String("uiTools.loadUiType"), QLatin1String("uiTools.loadUiTypePySide"));
-    text.replace(QLatin1String("TARNPluginWidget"), QLatin1String("uiTools.getWidget(TARNPluginWidgetId)"));
+    replaceAll(&text, QStringLiteral("uiTools.loadUiType"), QStringLiteral("uiTools.loadUiTypePySide"));
+    replaceAll(&text, QStringLiteral("TARNPluginWidget"), QStringLiteral("uiTools.getWidget(TARNPluginWidgetId)"));
     return text;
 }

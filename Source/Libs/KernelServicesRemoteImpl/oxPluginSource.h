@@ -16,7 +16,7 @@ QString readPluginText(QIODevice *device);
 
 /// Looks through all lines that are left in @p device, zero bytes or not. A line counts for a
 /// binding when it holds the binding's name and "import", in any order, unless its very first
-/// character is a "#".
+/// character is a "#". A byte order mark of UTF-8 is no character.
 oxPluginBindings detectBindings(QIODevice *device);
 
 /// The text with the helpers' PySide2 variants in place of the ones for PythonQt.
