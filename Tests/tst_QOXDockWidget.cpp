@@ -66,7 +66,9 @@ private Q_SLOTS:
     void carriesTitleMenuNameAndIcon();
     void isAnOrdinaryDockWidgetAtFirst();
     void setToolWindowIsItsFirstOwnOperation();
-    void toolWindowFloatsAndStaysHidden();
+    void toolWindowStaysHidden();
+    void toolWindowFloatsWhenItIsShown();
+    void visibleDockBecomesAToolWindowAtOnce();
     void toolWindowGoesBackToItsDockArea();
     void toolWindowThatWasInNoDockAreaStaysOne();
     void takesItsContentsSizeWhenFirstShown();
@@ -110,16 +112,43 @@ void tst_QOXDockWidget::setToolWindowIsItsFirstOwnOperation()
     QCOMPARE(virtualSlot(&QOXDockWidget::setToolWindow), virtualSlot(&FirstOperationProbe::operation));
 }
 
-void tst_QOXDockWidget::toolWindowFloatsAndStaysHidden()
+void tst_QOXDockWidget::toolWindowStaysHidden()
+{
+    Window window;
+    auto *dock = new QOXDockWidget(QStringLiteral("Panel"), QStringLiteral("Scripts"), QIcon(), &window);
+    dock->setToolWindow(true);
+    QVERIFY(dock->isHidden());
+
+    window.hide();
+    window.show();
+    QVERIFY(dock->isHidden());
+    QCOMPARE(dock->parent(), &window);
+    QCOMPARE(window.dockWidgetArea(dock), Qt::NoDockWidgetArea);
+}
+
+void tst_QOXDockWidget::toolWindowFloatsWhenItIsShown()
 {
     Window window;
     QOXDockWidget *dock = window.addPanel();
+    dock->setVisible(true);
 
     QVERIFY(dock->isFloating());
     QCOMPARE(dock->windowType(), Qt::Tool);
+    QVERIFY(dock->isVisible());
     QCOMPARE(dock->parent(), &window);
-    QVERIFY(dock->isHidden());
     QCOMPARE(window.dockWidgetArea(dock), Qt::NoDockWidgetArea);
+}
+
+void tst_QOXDockWidget::visibleDockBecomesAToolWindowAtOnce()
+{
+    Window window;
+    auto *dock = new QOXDockWidget(QStringLiteral("Panel"), QStringLiteral("Scripts"), QIcon(), &window);
+    dock->show();
+    QVERIFY(!dock->isFloating());
+    dock->setToolWindow(true);
+
+    QVERIFY(dock->isFloating());
+    QVERIFY(dock->isVisible());
 }
 
 void tst_QOXDockWidget::toolWindowGoesBackToItsDockArea()
@@ -128,6 +157,7 @@ void tst_QOXDockWidget::toolWindowGoesBackToItsDockArea()
     auto *dock = new QOXDockWidget(QStringLiteral("Panel"), QStringLiteral("Scripts"), QIcon(), &window);
     window.addDockWidget(Qt::LeftDockWidgetArea, dock);
     dock->setToolWindow(true);
+    dock->show();
     QVERIFY(dock->isFloating());
     dock->setToolWindow(false);
 

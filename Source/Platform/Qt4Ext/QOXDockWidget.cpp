@@ -30,15 +30,27 @@ QOXDockWidget::~QOXDockWidget() = default;
 
 void QOXDockWidget::setToolWindow(bool on)
 {
-    if (!isVisible())
-        hide(); // or else Qt shows it as it floats
-    setFloating(on);
     m_placeOnShow = on;
+    m_floatOnShow = on && !isVisible();
+    if (m_floatOnShow)
+        hide(); // or else it comes up with its parent, and Qt shows it as it floats
+    else
+        setFloating(on);
 }
 
 QString QOXDockWidget::menuName() const
 {
     return m_menuName;
+}
+
+// To make a window of a dock takes as long as to make the dock, and most are never shown.
+void QOXDockWidget::setVisible(bool visible)
+{
+    if (visible && m_floatOnShow) {
+        m_floatOnShow = false;
+        setFloating(true);
+    }
+    QDockWidget::setVisible(visible);
 }
 
 // Ahead of QDockWidget, which takes a shown dock of no size for one that cannot be seen.

@@ -20,13 +20,16 @@ public:
                   Qt::WindowFlags flags = {});
     ~QOXDockWidget() override;
 
-    /// With true, the dock becomes a tool window of its parent. The first time it is shown it
+    /// With true, the dock becomes a tool window of its parent: now, if it is visible, or else
+    /// when it is shown; a dock that waits for that stays hidden. The first time it is shown it
     /// takes the size that its content asks for, whatever size it had, and a free place along
     /// the right edge of the parent's central area. With false, it goes back to the dock area
     /// that it came from; one that was in none stays a tool window.
     virtual void setToolWindow(bool on);
 
     QString menuName() const;
+
+    void setVisible(bool visible) override;
 
 protected:
     bool event(QEvent *event) override;
@@ -37,4 +40,5 @@ private:
 
     QString m_menuName;
     bool m_placeOnShow = false;
+    bool m_floatOnShow = false;
 };
