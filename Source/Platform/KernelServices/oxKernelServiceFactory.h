@@ -60,7 +60,8 @@ private:
     template<class T>
     static unsigned long serviceKey()
     {
-        return typeid(T).hash_code();
+        static const unsigned long key = typeid(T).hash_code(); // goes through the type's name each time
+        return key;
     }
 
     void insert(unsigned long key, oxBaseService *service);
