@@ -151,14 +151,15 @@ void oxRenderServiceRemoteImpl::subOverlay(const QString &name)
 
 void oxRenderServiceRemoteImpl::updateOverlay(const QString &name)
 {
-    QOXDockWidget *dock = getDockWidget(name);
-    QWidget *content = dock ? dock->widget() : nullptr;
-    if (!content || !panel)
-        return;
-    const int current = panel->currentIndex();
-    const int tab = findTab(name);
+    // First, as each reload of a plugin comes here and the search for the dock takes longer.
+    const int tab = mainWindow() && panel ? findTab(name) : -1;
     if (tab < 0)
         return;
+    QOXDockWidget *dock = getDockWidget(name);
+    QWidget *content = dock ? dock->widget() : nullptr;
+    if (!content)
+        return;
+    const int current = panel->currentIndex();
     panel->removeTab(tab);
     dock->setWidget(nullptr);
     panel->insertTab(tab, content, dock->windowTitle());
