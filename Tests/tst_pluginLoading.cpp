@@ -69,6 +69,9 @@ private Q_SLOTS:
     void reloadKeepsDockAndEntry();
     void reloadDeletesTheOldContentFirst();
     void reloadClearsTheOldModuleBeforeTheNewTextRuns();
+    void reloadTakesTheOldModuleOutOfSysModules();
+    void reloadTakesNoOtherModuleOutOfSysModules_data();
+    void reloadTakesNoOtherModuleOutOfSysModules();
     void reloadedPanelStaysVisible();
     void reloadedPanelStaysHidden();
     void reloadMovesTheNewContentIntoItsOverlayTab();
@@ -76,6 +79,7 @@ private Q_SLOTS:
     void reloadMarksTheRecordAsFound();
     void failedReloadLeavesAnEmptyPanel();
     void hundredReloadsLeaveOnePanel();
+    void fortyThousandConnectionsOfReloadsWork();
 
     void pluginThatDeletesItsContainer();
     void pluginThatDeletesItsDock();
@@ -626,6 +630,44 @@ void tst_pluginLoading::reloadClearsTheOldModuleBeforeTheNewTextRuns()
     QVERIFY(PluginHost::evaluate("kept is not None").toBool());
 }
 
+void tst_pluginLoading::reloadTakesTheOldModuleOutOfSysModules()
+{
+    PluginHost::run(QStringLiteral("import sys"));
+    const QString path = m_host.write(QStringLiteral("Plugin.py"), "a = 1\n");
+    outputOf([this, &path] { m_host.load(path); });
+    const QVariant count = PluginHost::evaluate(QStringLiteral("len(sys.modules)"));
+    outputOf([this, &path] {
+        m_host.load(path);
+        m_host.load(path);
+    });
+
+    QCOMPARE(PluginHost::evaluate(QStringLiteral("len(sys.modules)")), count);
+    QVERIFY(m_host.evaluateIn(QStringLiteral("Plugin"), QStringLiteral("__import__('sys').modules[__name__].a == 1"))
+                .toBool());
+}
+
+void tst_pluginLoading::reloadTakesNoOtherModuleOutOfSysModules_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::newRow("another name") << QByteArray("__name__ = 'sys'\n");
+    QTest::newRow("no name") << QByteArray("del __name__\n");
+    QTest::newRow("a name that is no text") << QByteArray("__name__ = 3\n");
+}
+
+void tst_pluginLoading::reloadTakesNoOtherModuleOutOfSysModules()
+{
+    QFETCH(QByteArray, text);
+    PluginHost::run(QStringLiteral("import sys"));
+    const QString path = m_host.write(QStringLiteral("Plugin.py"), text);
+    const Output output = outputOf([this, &path] {
+        m_host.load(path);
+        m_host.load(path);
+    });
+
+    QVERIFY(PluginHost::evaluate(QStringLiteral("sys.modules['sys'] is sys")).toBool());
+    QCOMPARE(output.standardError, QByteArray());
+}
+
 void tst_pluginLoading::reloadedPanelStaysVisible()
 {
     loadText("");
@@ -728,6 +770,35 @@ void tst_pluginLoading::hundredReloadsLeaveOnePanel()
     QCOMPARE(m_host.window.findChildren<QDockWidget *>().size(), 1);
     QCOMPARE(m_host.window.findChildren<QPushButton *>().size(), 1);
     QCOMPARE(m_host.menu("Scripts")->actions().size(), 1);
+}
+
+// Without a scan in between, which would drop the earlier ones.
+void tst_pluginLoading::fortyThousandConnectionsOfReloadsWork()
+{
+    QObject sender;
+    {
+        const InterpreterLock lock;
+        oxKernelInterface::the()->getPythonEngine()->addObject(QStringLiteral("sender"), &sender);
+    }
+    PluginHost::run(QStringLiteral("called = []"));
+    const QString path = m_host.write(QStringLiteral("Plugin.py"),
+                                      "import __main__\n"
+                                      "def handler(called, number):\n"
+                                      "    def note(name):\n"
+                                      "        called.append((name, number))\n"
+                                      "    return note\n"
+                                      "for number in range(400):\n"
+                                      "    __main__.sender.connect('objectNameChanged(QString)',\n"
+                                      "                            handler(__main__.called, number))\n");
+    outputOf([this, &path] {
+        for (int i = 0; i < 100; ++i)
+            m_host.load(path);
+    });
+    sender.setObjectName(QStringLiteral("new"));
+
+    QVERIFY(
+        PluginHost::evaluate(QStringLiteral("called == [('new', number) for number in range(400)] * 100")).toBool());
+    PluginHost::run(QStringLiteral("del called, sender"));
 }
 
 void tst_pluginLoading::pluginThatDeletesItsContainer()

@@ -46,6 +46,7 @@
 #include "oxVariantSetsService.h"
 #include "oxVrpnTrackingService.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <utility>
 
@@ -159,22 +160,27 @@ QString searchPathScript()
 }
 
 // Prints each complete line and keeps the rest. Only the new text is searched for line feeds, and
-// the buffer is cut once: the time is linear in the text, in one piece or in a million.
+// all lines are encoded at once: the time is linear in the text, in one piece or in a million.
 template<class PrintLine>
 void echoLines(QString *buffer, const QString &text, const PrintLine &printLine)
 {
-    const int searchFrom = buffer->size();
-    buffer->append(text);
-
-    int lineStart = 0;
-    int lineFeed = buffer->indexOf(QLatin1Char('\n'), searchFrom);
-    while (lineFeed >= 0) {
-        printLine(buffer->midRef(lineStart, lineFeed - lineStart).toUtf8().constData());
-        lineStart = lineFeed + 1;
-        lineFeed = buffer->indexOf(QLatin1Char('\n'), lineStart);
+    const int lastLineFeed = text.lastIndexOf(QLatin1Char('\n'));
+    if (lastLineFeed < 0) {
+        buffer->append(text);
+        return;
     }
-    if (lineStart > 0)
-        buffer->remove(0, lineStart);
+    const QStringRef complete = text.leftRef(lastLineFeed);
+    QByteArray lines = buffer->isEmpty() ? complete.toUtf8() : buffer->append(complete).toUtf8();
+    *buffer = text.mid(lastLineFeed + 1);
+
+    char *line = lines.data();
+    char *const end = line + lines.size();
+    for (char *lineEnd = std::find(line, end, '\n'); lineEnd != end; lineEnd = std::find(line, end, '\n')) {
+        *lineEnd = '\0';
+        printLine(line);
+        line = lineEnd + 1;
+    }
+    printLine(line);
 }
 
 QString pluginKey(const QString &path)
@@ -201,6 +207,21 @@ QWidget *createContainer()
     return container;
 }
 
+QByteArray nameOf(PyObject *module)
+{
+    const QByteArray name = PyModule_GetName(module);
+    PyErr_Clear(); // a text may have deleted the name, or put something else in its place
+    return name;
+}
+
+// A module that PythonQt makes is kept in sys.modules: emptied, it would stay there for good.
+void leaveModules(PyObject *module, const QByteArray &name)
+{
+    PyObject *modules = PyImport_GetModuleDict();
+    if (PyDict_GetItemString(modules, name.constData()) == module)
+        PyDict_DelItemString(modules, name.constData());
+}
+
 // The plugin's module is about to get a new content, and its globals a new module. Either may run
 // code of the plugin as it goes, and that code end in another scan: the record is left first.
 void discardContent(oxKernelInterfaceP::oxPluginInfo *plugin)
@@ -210,9 +231,11 @@ void discardContent(oxKernelInterfaceP::oxPluginInfo *plugin)
     delete widget;
     if (!module)
         return;
+    const QByteArray name = nameOf(*module);
     evalStatements(module,
                    QStringLiteral("for name in dir():\n"
                                   "    del globals()[name]\n"));
+    leaveModules(*module, name);
     delete module;
 }
 
@@ -254,7 +277,7 @@ bool runPluginFile(const QString &path, PythonQtObjectPtr *module)
         return false;
     }
     if (bindings.usesPySide2)
-        text = rewriteForPySide2(text);
+        text = rewriteForPySide2(std::move(text));
     evalStatements(module, text);
     printf("Loaded '%s' python plugin.\n", pluginKey(path).toUtf8().constData());
     return true;
