@@ -1,0 +1,2 @@
+import PythonQt
+import PySide2
