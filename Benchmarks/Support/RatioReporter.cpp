@@ -8,7 +8,7 @@ namespace {
 
 void print(const std::string &task, long size, double bare, double ours)
 {
-    std::printf("%-16s %9ld %14.1f %14.1f", task.c_str(), size, bare, ours);
+    std::printf("%-24s %9ld %14.1f %14.1f", task.c_str(), size, bare, ours);
     if (bare > 0)
         std::printf(" %8.2f", ours / bare);
     std::printf("\n");
@@ -18,7 +18,7 @@ void print(const std::string &task, long size, double bare, double ours)
 
 bool RatioReporter::ReportContext(const Context &)
 {
-    std::printf("%-16s %9s %14s %14s %8s\n", "", "elements", "bare ns/elem.", "ours ns/elem.", "ratio");
+    std::printf("%-24s %9s %14s %14s %8s\n", "", "elements", "bare ns/elem.", "ours ns/elem.", "ratio");
     return true;
 }
 
@@ -33,7 +33,9 @@ void RatioReporter::ReportRuns(const std::vector<Run> &runs)
             continue;
         Pair &pair = pairOf(function.substr(0, slash), size);
         double &best = variant == "bare" ? pair.bare : pair.ours;
-        const double nanoseconds = run.cpu_accumulated_time * 1e9 / double(run.iterations) / double(size);
+        const bool isManual = run.run_name.time_type == "manual_time";
+        const double seconds = isManual ? run.real_accumulated_time : run.cpu_accumulated_time;
+        const double nanoseconds = seconds * 1e9 / double(run.iterations) / double(size);
         best = best > 0 ? std::min(best, nanoseconds) : nanoseconds;
     }
 }
