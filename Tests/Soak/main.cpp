@@ -51,7 +51,6 @@ void silenceStandardOutput()
     report = fdopen(dup(STDOUT_FILENO), "w");
     if (!report || !freopen("/dev/null", "w", stdout) || !freopen("/dev/null", "w", stderr))
         abort();
-    qInstallMessageHandler(takeMessage);
 }
 
 void giveToPython(QObject *beacon)
@@ -178,6 +177,7 @@ int main(int argc, char **argv)
 {
     silenceStandardOutput();
     const QApplication application(argc, argv);
+    qInstallMessageHandler(takeMessage); // what Qt says as it starts is the machine's
     const int rescans = argc > 1 ? std::atoi(argv[1]) : 2000;
     if (rescans < 2 * SoakFolder::pluginCount) {
         fprintf(report, "usage: oxSoak [rescans, at least %d]\n", 2 * SoakFolder::pluginCount);
