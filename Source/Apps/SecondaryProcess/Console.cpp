@@ -4,11 +4,11 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
-#include <QTextBlock>
 #include <QTextCursor>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -19,13 +19,12 @@ QTextCharFormat colored(const QColor &color)
     return format;
 }
 
-// As printf() has it: up to a zero byte. A paragraph separator or a carriage return would begin a line of its own.
-QString printable(const QString &text)
+// A paragraph separator or a carriage return would begin a line of its own.
+QString inOneLine(QString text)
 {
-    QString printed = QString::fromUtf8(text.toUtf8().constData());
     for (const QChar breaking : {QChar(QChar::ParagraphSeparator), QChar(QChar::CarriageReturn)})
-        printed.replace(breaking, QLatin1Char(' '));
-    return printed;
+        text.replace(breaking, QLatin1Char(' '));
+    return text;
 }
 
 } // namespace
@@ -103,7 +102,7 @@ void Console::showLines()
         cursor.movePosition(QTextCursor::End);
         if (!m_view->document()->isEmpty())
             cursor.insertBlock();
-        cursor.insertText(line.stream->tag.arg(printable(line.text)), line.stream->format);
+        cursor.insertText(line.stream->tag.arg(inOneLine(line.text)), line.stream->format);
     }
     cursor.endEditBlock();
     m_lines.clear();
