@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr qint64 pieceSize = 64 * 1024;
+constexpr qint64 pieceSize = 65536;
 
 bool fail(const char *what, const QString &file, const QString &why)
 {

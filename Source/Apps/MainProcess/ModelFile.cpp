@@ -222,8 +222,9 @@ void fill(aiScene *target, const Scene &scene)
     target->mRootNode->mChildren = new aiNode *[count];
     for (unsigned i = 0; i < count; ++i) {
         const Scene::Node &node = nodes.at(static_cast<int>(i));
-        const auto material = std::find_if(materials.cbegin(), materials.cend(),
-                                           [&node](const Scene::Material &one) { return one.id == node.material; });
+        const auto *const material =
+            std::find_if(materials.cbegin(), materials.cend(),
+                         [&node](const Scene::Material &one) { return one.id == node.material; });
         target->mMeshes[i] = makeMesh(node, static_cast<unsigned>(material - materials.cbegin()));
         auto *place = new aiNode(node.name.toStdString());
         place->mTransformation = matrix(node.transform);
@@ -263,7 +264,7 @@ Scene::Model ModelFile::read(const QString &file, const Progress &progress, QStr
                                  : QString::fromLocal8Bit(importer.GetErrorString()).simplified();
             return {};
         }
-        const Scene::Model model = convert(*scene, info.completeBaseName());
+        Scene::Model model = convert(*scene, info.completeBaseName());
         if (model.nodes.isEmpty())
             *error = QStringLiteral("it has no triangles");
         return model;

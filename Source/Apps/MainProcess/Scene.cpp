@@ -15,7 +15,7 @@ constexpr double degreesPerSecond = 24;
 template<class T>
 const T *find(const QVector<T> &all, Scene::Id id)
 {
-    const auto found = std::find_if(all.cbegin(), all.cend(), [id](const T &one) { return one.id == id; });
+    const auto *const found = std::find_if(all.cbegin(), all.cend(), [id](const T &one) { return one.id == id; });
     return found == all.cend() ? nullptr : &*found;
 }
 
@@ -227,7 +227,7 @@ template<class T>
 void Scene::replaceIn(QVector<T> *all, const QVector<T> &some)
 {
     for (const T &one : some) {
-        const auto found = std::find_if(all->begin(), all->end(), [&one](const T &old) { return old.id == one.id; });
+        auto *const found = std::find_if(all->begin(), all->end(), [&one](const T &old) { return old.id == one.id; });
         if (found != all->end())
             *found = one;
     }
