@@ -46,6 +46,13 @@ public Q_SLOTS:
     {
         return call<bool>(staticMetaObject, "takeTime(int,bool)", milliseconds, showsProgress);
     }
+    /// The same, by processing events in a loop of its own; answers with its argument.
+    virtual QString textLater(const QString &value, int milliseconds)
+    {
+        return call<QString>(staticMetaObject, "textLater(QString,int)", value, milliseconds);
+    }
+    /// Answers only after that many milliseconds, and serves nobody meanwhile.
+    virtual bool block(int milliseconds) { return call<bool>(staticMetaObject, "block(int)", milliseconds); }
 
 Q_SIGNALS:
     void progress(int value);

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QThread>
 #include <QTimer>
 
 #include "EchoService.h"
@@ -38,6 +41,19 @@ public:
             signs.start(20);
         QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
         loop.exec();
+        return true;
+    }
+    QString textLater(const QString &value, int milliseconds) override
+    {
+        Q_EMIT noted(value);
+        const QDeadlineTimer end(milliseconds);
+        while (!end.hasExpired())
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        return value;
+    }
+    bool block(int milliseconds) override
+    {
+        QThread::msleep(static_cast<unsigned long>(milliseconds));
         return true;
     }
 };

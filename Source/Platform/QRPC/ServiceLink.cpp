@@ -11,7 +11,7 @@
 ServiceLink::ServiceLink(QObject *service, Receiver receiver, QObject *parent)
     : QObject(parent)
     , m_service(service)
-    , m_interfaceName(interfaceClass(service->metaObject()))
+    , m_interfaceName(::interfaceName(service->metaObject()))
     , m_receiver(std::move(receiver))
 {}
 
@@ -34,6 +34,11 @@ void ServiceLink::release()
 bool ServiceLink::isReady() const
 {
     return m_replica && m_replica->isReplicaValid();
+}
+
+const QObject *ServiceLink::replica() const
+{
+    return m_replica.get();
 }
 
 bool ServiceLink::offers(const QByteArray &signature) const

@@ -39,6 +39,9 @@ public:
     bool isAcquired() const { return m_replica != nullptr; }
     bool isReady() const;
 
+    /// What stands for the object here, with its description; deleted when it is given back.
+    const QObject *replica() const;
+
     /// Whether the main process's object has a slot of that signature.
     bool offers(const QByteArray &signature) const;
     /// Calls it without waiting. The answer to a slot without result is finished at once.

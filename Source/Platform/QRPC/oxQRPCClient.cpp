@@ -1,24 +1,30 @@
 #include "oxQRPCClient.h"
 
 #include <QEventLoop>
+#include <QLocalSocket>
 #include <QMetaMethod>
+#include <QMetaProperty>
 #include <QRemoteObjectDynamicReplica>
 #include <QRemoteObjectNode>
 #include <QRemoteObjectPendingCallWatcher>
 #include <QScopedValueRollback>
+#include <QTcpSocket>
 #include <QThread>
-#include <QTimer>
 #include <QVarLengthArray>
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
+#include "CallPacket.h"
+#include "PacketGate.h"
 #include "ServiceLink.h"
 #include "ServiceList.h"
 
 namespace {
 
 constexpr int maximumDeliveryDepth = 16;
+constexpr int retryInterval = 250;
 
 bool isAddress(const QUrl &address)
 {
@@ -42,6 +48,22 @@ void reportUnanswered(const QMetaMethod &method, const QByteArray &what)
     fprintf(stderr, "oxQRPCClient: %s from %s\n", what.constData(), fullName(method).constData());
 }
 
+bool isSignal(QDataStream &packet, const QMetaObject *object)
+{
+    const CallPacket call(packet);
+    const QMetaMethod method = object->method(object->methodOffset() + call.index);
+    return call.index >= 0 && method.methodType() == QMetaMethod::Signal && call.isCallOf(method);
+}
+
+bool isPropertyChange(QDataStream &packet, const QMetaObject *object)
+{
+    qint32 index = 0;
+    QVariant value;
+    packet >> index >> value;
+    const QMetaProperty property = object->property(object->propertyOffset() + index);
+    return index >= 0 && property.isValid() && value.userType() == property.userType();
+}
+
 bool assignResult(int type, void *target, const QVariant &value)
 {
     if (type == QMetaType::QVariant) {
@@ -59,7 +81,10 @@ bool assignResult(int type, void *target, const QVariant &value)
 
 oxQRPCClient::oxQRPCClient(QObject *parent)
     : QObject(parent)
-{}
+{
+    m_retry.setSingleShot(true);
+    connect(&m_retry, &QTimer::timeout, this, &oxQRPCClient::openConnection);
+}
 
 oxQRPCClient::~oxQRPCClient()
 {
@@ -71,21 +96,16 @@ bool oxQRPCClient::connectToHost(const QUrl &address)
     disconnectFromHost();
     if (!isAddress(address))
         return false;
-    QUrl host = address;
-    if (host.scheme() == QLatin1String("tcp") && host.host().isEmpty())
-        host.setHost(QStringLiteral("127.0.0.1"));
-    m_node = std::make_unique<QRemoteObjectNode>();
-    acquireServiceList();
-    m_node->connectToNode(host);
+    m_address = address;
+    openConnection();
     return true;
 }
 
 void oxQRPCClient::disconnectFromHost()
 {
-    if (!m_node)
-        return;
-    releaseAll();
-    m_node.reset();
+    m_address.clear();
+    m_hasComplained = false;
+    m_retry.stop();
     loseConnection();
 }
 
@@ -136,46 +156,92 @@ void oxQRPCClient::callMethod(QObject *service, const QMetaObject *metaObject, i
             method, QByteArray(result.isValid() ? result.typeName() : "nothing") + " instead of " + method.typeName());
 }
 
-// Its description comes from the main process, and after a restart it may be another one: so each
-// connection starts with new objects.
-void oxQRPCClient::acquireServiceList()
+void oxQRPCClient::openConnection()
 {
-    releaseAll();
-    if (!m_node)
-        return;
+    if (m_address.scheme() == QLatin1String("local")) {
+        auto *socket = new QLocalSocket(this);
+        acceptFrom(socket);
+        socket->connectToServer(m_address.path());
+    } else {
+        auto *socket = new QTcpSocket(this);
+        acceptFrom(socket);
+        socket->connectToHost(m_address.host().isEmpty() ? QStringLiteral("127.0.0.1") : m_address.host(),
+                              quint16(m_address.port()));
+    }
+}
+
+template<class Socket>
+void oxQRPCClient::acceptFrom(Socket *socket)
+{
+    m_socket = socket;
+    connect(socket, &Socket::connected, this, &oxQRPCClient::startSession);
+    connect(socket, &Socket::errorOccurred, this, &oxQRPCClient::retry);
+}
+
+// The node emits whatever a packet says, with the arguments that it has.
+bool oxQRPCClient::isPermitted(quint16 type, QDataStream &packet) const
+{
+    if (type != PacketGate::Invoke && type != PacketGate::PropertyChange)
+        return type >= PacketGate::Handshake && type <= PacketGate::Pong;
+    QString name;
+    packet >> name;
+    const QMetaObject *object = descriptionOf(name);
+    if (!object)
+        return true; // the node knows none of that name either
+    const bool isRight = type == PacketGate::Invoke ? isSignal(packet, object) : isPropertyChange(packet, object);
+    return isRight && packet.status() == QDataStream::Ok && packet.atEnd();
+}
+
+const QMetaObject *oxQRPCClient::descriptionOf(const QString &name) const
+{
+    if (name == ServiceList::remoteName())
+        return m_serviceList->metaObject();
+    const auto link = std::find_if(m_links.cbegin(), m_links.cend(), [&name](const ServiceLink *l) {
+        return l->isAcquired() && l->interfaceName() == name;
+    });
+    return link == m_links.cend() ? nullptr : (*link)->replica()->metaObject();
+}
+
+// Descriptions of objects come from the main process, and after a restart they may be others: so
+// each connection starts with a new node.
+void oxQRPCClient::startSession()
+{
+    QIODevice *socket = m_socket;
+    socket->disconnect(this);
+    m_node = std::make_unique<QRemoteObjectNode>();
+    m_gate = new PacketGate(
+        socket, [this](quint16 type, QDataStream &packet) { return isPermitted(type, packet); }, this);
+    m_socket = m_gate;
+    connect(m_gate, &PacketGate::ended, this, &oxQRPCClient::retry);
     m_serviceList.reset(m_node->acquireDynamic(ServiceList::remoteName()));
     connect(m_serviceList.get(), &QRemoteObjectReplica::initialized, this, [this] {
         connect(m_serviceList.get(), SIGNAL(namesChanged(QStringList)), this, SLOT(acquireServices()));
         acquireServices();
     });
-    connect(m_serviceList.get(), &QRemoteObjectReplica::stateChanged, this, [this](QRemoteObjectReplica::State state) {
-        if (state == QRemoteObjectReplica::Suspect) {
-            loseConnection();
-            QMetaObject::invokeMethod(this, &oxQRPCClient::acquireServiceList, Qt::QueuedConnection);
-        } else {
-            updateConnected();
-        }
-    });
+    m_node->addClientSideConnection(m_gate);
+    m_gate->start();
 }
 
 void oxQRPCClient::acquireServices()
 {
     const QStringList offered = m_serviceList->property("names").toStringList();
     for (ServiceLink *link : qAsConst(m_links)) {
-        if (!link->isAcquired() && offered.contains(link->interfaceName()))
+        if (!offered.contains(link->interfaceName()))
+            link->release(); // another object of that name may come
+        else if (!link->isAcquired())
             link->acquire(m_node.get(), [this] { updateConnected(); });
     }
     updateConnected();
 }
 
-void oxQRPCClient::releaseAll()
+// While the socket is read, which does not happen again before a receiver of connected() has
+// returned: a call from there would wait in vain.
+void oxQRPCClient::updateConnected()
 {
-    for (ServiceLink *link : qAsConst(m_links))
-        link->release();
-    m_serviceList.reset();
+    QMetaObject::invokeMethod(this, &oxQRPCClient::announceConnection, Qt::QueuedConnection);
 }
 
-void oxQRPCClient::updateConnected()
+void oxQRPCClient::announceConnection()
 {
     const bool isComplete = std::all_of(m_links.cbegin(), m_links.cend(),
                                         [](const ServiceLink *link) { return !link->isAcquired() || link->isReady(); });
@@ -185,8 +251,28 @@ void oxQRPCClient::updateConnected()
     Q_EMIT connected();
 }
 
+void oxQRPCClient::retry()
+{
+    if (m_gate && m_gate->hasRefused() && !m_hasComplained) {
+        m_hasComplained = true;
+        fprintf(stderr, "oxQRPCClient: what answers at %s is no main process\n", qPrintable(m_address.toString()));
+    }
+    m_retry.start(retryInterval);
+    loseConnection();
+}
+
 void oxQRPCClient::loseConnection()
 {
+    for (ServiceLink *link : qAsConst(m_links))
+        link->release();
+    m_serviceList.reset();
+    m_node.reset();
+    m_gate = nullptr;
+    if (m_socket) {
+        m_socket->disconnect(this);
+        m_socket->close();
+        std::exchange(m_socket, nullptr)->deleteLater();
+    }
     m_isSilent = false;
     if (!m_isConnected)
         return;
@@ -249,6 +335,10 @@ QByteArray oxQRPCClient::waitFor(const QRemoteObjectPendingCall &answer, const S
     QEventLoop loop;
     auto watcher = std::make_unique<QRemoteObjectPendingCallWatcher>(answer);
     connect(watcher.get(), &QRemoteObjectPendingCallWatcher::finished, &loop, &QEventLoop::quit);
+    connect(link->replica(), &QObject::destroyed, &loop, [&] {
+        failure = QByteArrayLiteral("service withdrawn before the answer");
+        loop.quit();
+    });
     connect(this, &oxQRPCClient::disconnected, &loop, [&] {
         failure = QByteArrayLiteral("connection lost before the answer");
         loop.quit();

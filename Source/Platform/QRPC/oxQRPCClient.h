@@ -4,12 +4,16 @@
 #include <QList>
 #include <QObject>
 #include <QQueue>
+#include <QTimer>
 #include <QUrl>
 
 #include <memory>
 
 #include "oxqrpc_export.h"
 
+class PacketGate;
+class QDataStream;
+class QIODevice;
 class QRemoteObjectDynamicReplica;
 class QRemoteObjectNode;
 class QRemoteObjectPendingCall;
@@ -22,7 +26,9 @@ struct Emission;
 /// classes: callMethod() calls them, and what they signal is emitted by the local service.
 ///
 /// A main process that is not there yet is waited for, and one that went is waited for again, in
-/// the background, for as long as the client exists.
+/// the background, for as long as the client exists. One that sends what is none of Qt Remote
+/// Objects' packets is given up, and waited for, as well; standard error gets one line for each
+/// connectToHost(): "oxQRPCClient: what answers at local:name is no main process".
 ///
 /// A call of an operation with a result waits for it in an event loop: timers and painting go on,
 /// signals of the main process are emitted, and what the user does is kept until the call has
@@ -87,6 +93,7 @@ public:
     ///   an earlier call had no answer in time, and nothing was heard since; so that a process that
     ///   hangs costs its time once
     /// - "oxQRPCClient: connection lost before the answer from oxFileIOService::newFile()"
+    /// - "oxQRPCClient: service withdrawn before the answer from oxFileIOService::newFile()"
     /// - "oxQRPCClient: this process ends before the answer from oxFileIOService::newFile()"
     /// - "oxQRPCClient: QString instead of bool from oxFileIOService::newFile()"
     void callMethod(QObject *service, const QMetaObject *metaObject, int index, void **arguments);
@@ -104,9 +111,15 @@ private Q_SLOTS:
     void acquireServices();
 
 private:
-    void acquireServiceList();
-    void releaseAll();
+    void openConnection();
+    template<class Socket>
+    void acceptFrom(Socket *socket);
+    void startSession();
+    bool isPermitted(quint16 type, QDataStream &packet) const;
+    const QMetaObject *descriptionOf(const QString &name) const;
     void updateConnected();
+    void announceConnection();
+    void retry();
     void loseConnection();
     void receive(const Emission &emission);
     void deliver();
@@ -116,11 +129,16 @@ private:
 
     QList<QObject *> m_services;
     QHash<QObject *, ServiceLink *> m_links;
+    QUrl m_address;
+    QTimer m_retry;
+    QIODevice *m_socket = nullptr; // or the gate that has it
+    PacketGate *m_gate = nullptr;
     std::unique_ptr<QRemoteObjectNode> m_node;
     std::unique_ptr<QRemoteObjectDynamicReplica> m_serviceList;
     QQueue<Emission> m_emissions;
     int m_callTimeout = 30000;
     bool m_isConnected = false;
+    bool m_hasComplained = false;
     bool m_isSilent = false; // since a call that had no answer in time
     int m_deliveryDepth = 0;
     int m_deliveryLevel = 0; // of event loops

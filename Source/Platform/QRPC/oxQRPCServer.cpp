@@ -1,24 +1,23 @@
 #include "oxQRPCServer.h"
 
+#include <QDir>
+#include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QRemoteObjectHost>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QThread>
 
 #include <algorithm>
 
+#include <sys/un.h>
+
 #include "InterfaceClass.h"
+#include "ServerConnection.h"
 #include "ServiceList.h"
 
 namespace {
 
-// Qt's own listeners are open to other users: so the host gets connections one by one.
-const QUrl noListener(QStringLiteral("ox:"));
-
 constexpr int probeTime = 1000;
-constexpr int cleanUpInterval = 200;
 
 bool hasListener(const QString &name)
 {
@@ -27,27 +26,17 @@ bool hasListener(const QString &name)
     return probe.waitForConnected(probeTime);
 }
 
-// Qt describes them to the other side in a way that does not survive a second connection.
-bool hasEnumerations(const QMetaObject *metaObject, const QString &interfaceName)
-{
-    while (QLatin1String(metaObject->className()) != interfaceName)
-        metaObject = metaObject->superClass();
-    return metaObject->enumeratorCount() > metaObject->enumeratorOffset();
-}
-
 } // namespace
 
 oxQRPCServer::oxQRPCServer(QObject *parent)
     : QObject(parent)
-    , m_services(new ServiceList(this))
-{
-    m_cleanUp.setInterval(cleanUpInterval);
-    connect(&m_cleanUp, &QTimer::timeout, this, &oxQRPCServer::dropEndedConnections);
-}
+    , m_list(new ServiceList(this))
+{}
 
 oxQRPCServer::~oxQRPCServer()
 {
-    qDeleteAll(findChildren<QRemoteObjectHost *>(QString(), Qt::FindDirectChildrenOnly)); // before the services
+    const QList<ServerConnection *> connections = findChildren<ServerConnection *>();
+    qDeleteAll(connections);
 }
 
 bool oxQRPCServer::listen(const QUrl &address)
@@ -73,19 +62,22 @@ QString oxQRPCServer::errorString() const
 
 bool oxQRPCServer::registerService(QObject *service)
 {
-    const QString name = interfaceClass(service->metaObject());
-    const bool isKnown = std::any_of(m_offered.cbegin(), m_offered.cend(), [&](const QObject *offered) {
-        return interfaceClass(offered->metaObject()) == name;
-    });
-    if (name.isEmpty() || isKnown || hasEnumerations(service->metaObject(), name))
+    const QMetaObject *interface = interfaceClass(service->metaObject());
+    const auto isSame = [interface](const QObject *other) {
+        return interfaceName(other->metaObject()) == QLatin1String(interface->className());
+    };
+    // Qt describes enumerations to the other side in a way that does not survive a second connection.
+    if (!interface || interface->enumeratorCount() > interface->enumeratorOffset()
+        || std::any_of(m_services.cbegin(), m_services.cend(), isSame))
         return false;
-    m_offered.append(service);
+    m_services.append(service);
     connect(service, &QObject::destroyed, this, [this, service] {
-        m_offered.removeOne(service);
+        m_services.removeOne(service);
         updateServiceList();
     });
-    for (const Connection &connection : qAsConst(m_connections))
-        connection.host->enableRemoting(service);
+    const QList<ServerConnection *> connections = findChildren<ServerConnection *>();
+    for (ServerConnection *connection : connections)
+        connection->offer(service);
     updateServiceList();
     return true;
 }
@@ -93,14 +85,17 @@ bool oxQRPCServer::registerService(QObject *service)
 void oxQRPCServer::updateServiceList()
 {
     QStringList names;
-    for (const QObject *service : qAsConst(m_offered))
-        names.append(interfaceClass(service->metaObject()));
-    m_services->setNames(names);
+    for (const QObject *service : qAsConst(m_services))
+        names.append(interfaceName(service->metaObject()));
+    m_list->setNames(names);
 }
 
 // A local server takes the place of another that listens, without a word: so it is asked for first.
 bool oxQRPCServer::listenLocally(const QUrl &address)
 {
+    const QString file = QDir::tempPath() + QLatin1Char('/') + address.path();
+    if (size_t(QFile::encodeName(file).size()) >= sizeof(sockaddr_un::sun_path))
+        return fail(tr("'%1' is too long for a local socket").arg(file));
     if (hasListener(address.path()))
         return fail(tr("another process listens at %1").arg(address.toString()));
     auto *server = new QLocalServer(this);
@@ -132,42 +127,9 @@ template<class Server>
 void oxQRPCServer::acceptFrom(Server *server)
 {
     connect(server, &Server::newConnection, this, [this, server] {
-        while (auto *socket = server->nextPendingConnection()) {
-            using Socket = std::remove_pointer_t<decltype(socket)>;
-            if constexpr (std::is_same_v<Socket, QTcpSocket>)
-                socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-            m_connections.append({socket, makeHost(socket)});
-            connect(socket, &Socket::disconnected, socket, &QIODevice::close);
-            connect(socket, &Socket::disconnected, this, &oxQRPCServer::dropEndedConnections);
-        }
+        while (auto *socket = server->nextPendingConnection())
+            new ServerConnection(socket, m_list, m_services, this);
     });
-}
-
-// A host remembers the call that it answers, but only one: so a slot that runs an event loop, in which
-// others call, needs a host for each of them.
-QRemoteObjectHost *oxQRPCServer::makeHost(QIODevice *socket)
-{
-    auto *host = new QRemoteObjectHost(noListener, QUrl(), QRemoteObjectHost::AllowExternalRegistration, this);
-    host->enableRemoting(m_services);
-    for (QObject *service : qAsConst(m_offered))
-        host->enableRemoting(service);
-    host->addHostSideConnection(socket);
-    socket->setParent(host); // goes with it, last, as the host says farewell to it
-    return host;
-}
-
-// Not while a slot runs an event loop: the slot was called by the host, which comes back to the
-// connection that the call came from.
-void oxQRPCServer::dropEndedConnections()
-{
-    if (QThread::currentThread()->loopLevel() > 1)
-        return m_cleanUp.start();
-    m_cleanUp.stop();
-    const auto firstEnded = std::stable_partition(m_connections.begin(), m_connections.end(),
-                                                  [](const Connection &c) { return c.socket->isOpen(); });
-    for (auto ended = firstEnded; ended != m_connections.end(); ++ended)
-        ended->host->deleteLater(); // it may be in the middle of a write to the socket
-    m_connections.erase(firstEnded, m_connections.end());
 }
 
 bool oxQRPCServer::fail(const QString &reason)

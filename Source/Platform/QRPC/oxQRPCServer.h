@@ -3,25 +3,25 @@
 #include <QList>
 #include <QObject>
 #include <QString>
-#include <QTimer>
 #include <QUrl>
-#include <QVector>
 
 #include "oxqrpc_export.h"
 
-class QIODevice;
-class QRemoteObjectHost;
 class ServiceList;
 
 /// The main process's end of the connections to secondary processes.
 ///
 /// What is registered here is offered to every secondary process that connects. Their calls
-/// arrive as calls of its slots, and what it signals reaches all of them. Peers are trusted: a
-/// local socket is open to the user alone, and who may connect over TCP may do everything.
+/// arrive as calls of its slots, and what it signals reaches all of them.
 ///
-/// One thread only. A slot may run an event loop of its own (a QEventLoop, no processEvents()): other
-/// secondary processes are served meanwhile, the one that called is served again when the slot has
-/// returned.
+/// A local socket is open to the user alone, and who may connect over TCP may call everything. What
+/// is no call, with the arguments that the slot takes, ends its connection and gives one line on
+/// standard error: "oxQRPCServer: what a connection sent is no call, it was ended". Nothing is done
+/// against a peer that means harm with calls: that sends without end, or lists within lists deep
+/// enough for the stack. A packet is 256 MB at most.
+///
+/// One thread only. A slot may process events, also in a loop of its own: other secondary processes
+/// are served meanwhile, the one that called is served again when the slot has returned.
 class OXQRPC_EXPORT oxQRPCServer : public QObject
 {
     Q_OBJECT
@@ -59,25 +59,15 @@ public:
     bool registerService(QObject *service);
 
 private:
-    struct Connection
-    {
-        QIODevice *socket;
-        QRemoteObjectHost *host;
-    };
-
     void updateServiceList();
     bool listenLocally(const QUrl &address);
     bool listenOnTcp(const QUrl &address);
     template<class Server>
     void acceptFrom(Server *server);
-    QRemoteObjectHost *makeHost(QIODevice *socket);
-    void dropEndedConnections();
     bool fail(const QString &reason);
 
-    ServiceList *m_services;
-    QList<QObject *> m_offered;
-    QVector<Connection> m_connections;
-    QTimer m_cleanUp;
+    ServiceList *m_list;
+    QList<QObject *> m_services;
     QUrl m_address;
     QString m_errorString;
 };

@@ -1,0 +1,132 @@
+#include "PacketGate.h"
+
+#include <QDataStream>
+#include <QLocalSocket>
+#include <QTcpSocket>
+#include <QtEndian>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr int lengthSize = sizeof(quint32);
+constexpr quint32 minimumLength = sizeof(quint16); // the type
+constexpr quint32 maximumLength = 1 << 28;
+
+} // namespace
+
+PacketGate::PacketGate(QIODevice *socket, Check check, QObject *parent)
+    : QIODevice(parent)
+    , m_socket(socket)
+    , m_check(std::move(check))
+{
+    socket->setParent(this);
+    if (auto *tcpSocket = qobject_cast<QTcpSocket *>(socket))
+        tcpSocket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    connect(socket, &QIODevice::readyRead, this, &PacketGate::readSocket);
+    connect(socket, SIGNAL(disconnected()), this, SLOT(endConnection()));
+    connect(this, &QIODevice::aboutToClose, this, &PacketGate::endConnection);
+    open(ReadWrite | Unbuffered);
+}
+
+void PacketGate::start()
+{
+    readSocket();
+}
+
+qint64 PacketGate::bytesAvailable() const
+{
+    return m_packet.size() - m_position;
+}
+
+qint64 PacketGate::readData(char *data, qint64 size)
+{
+    const int count = int(std::min(size, bytesAvailable()));
+    m_isOverread |= count < size;
+    memcpy(data, m_packet.constData() + m_position, size_t(count));
+    m_position += count;
+    return count;
+}
+
+qint64 PacketGate::writeData(const char *data, qint64 size)
+{
+    const qint64 count = m_socket->write(data, size);
+    // At once: a slot may signal for long before it returns to the event loop.
+    if (auto *localSocket = qobject_cast<QLocalSocket *>(m_socket))
+        localSocket->flush();
+    else if (auto *tcpSocket = qobject_cast<QTcpSocket *>(m_socket))
+        tcpSocket->flush();
+    return count;
+}
+
+// The reader may run an event loop, by a slot that it calls: then this comes back when it has returned.
+void PacketGate::readSocket()
+{
+    if (m_isBusy || m_hasEnded)
+        return;
+    m_isBusy = true;
+    while (!m_hasEnded && readPacket()) {
+        Q_EMIT readyRead();
+        if (m_isOverread || bytesAvailable() > 0)
+            refuse();
+        m_packet.clear();
+        m_position = 0;
+    }
+    m_isBusy = false;
+    announceEnd();
+}
+
+bool PacketGate::readPacket()
+{
+    char start[lengthSize];
+    if (m_socket->peek(start, lengthSize) < lengthSize)
+        return false;
+    const auto length = qFromBigEndian<quint32>(start);
+    if (length < minimumLength || length > maximumLength)
+        return refuse();
+    if (m_socket->bytesAvailable() < lengthSize + qint64(length))
+        return false;
+    m_packet = m_socket->read(lengthSize + qint64(length));
+    m_position = 0;
+    return isPermitted() || refuse();
+}
+
+bool PacketGate::isPermitted() const
+{
+    QDataStream packet(QByteArray::fromRawData(m_packet.constData() + lengthSize, m_packet.size() - lengthSize));
+    packet.setVersion(QDataStream::Qt_5_12); // that of Qt Remote Objects
+    quint16 type = 0;
+    packet >> type;
+    try {
+        return m_check(type, packet);
+    } catch (const std::bad_alloc &) { // the size of a container, which nobody else doubts
+        return false;
+    }
+}
+
+bool PacketGate::refuse()
+{
+    m_hasRefused = true;
+    endConnection();
+    return false;
+}
+
+void PacketGate::endConnection()
+{
+    if (m_hasEnded)
+        return;
+    m_hasEnded = true;
+    close();
+    m_socket->disconnect(this);
+    m_socket->close();
+    announceEnd();
+}
+
+// Later: whoever writes must not be deleted meanwhile either.
+void PacketGate::announceEnd()
+{
+    if (m_hasEnded && !m_isBusy)
+        QMetaObject::invokeMethod(this, &PacketGate::ended, Qt::QueuedConnection);
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QByteArray>
+#include <QIODevice>
+
+#include <functional>
+
+/// Stands between a socket and Qt Remote Objects, which believes whatever it reads: lets packets
+/// through one by one, when they are whole and a check agrees. Anything else ends the connection.
+class PacketGate : public QIODevice
+{
+    Q_OBJECT
+
+public:
+    /// What Qt Remote Objects calls the packets.
+    enum Type : quint16 {
+        Handshake = 1,
+        InitDynamic = 3,
+        AddObject,
+        RemoveObject,
+        Invoke,
+        InvokeReply,
+        PropertyChange,
+        ObjectList,
+        Ping,
+        Pong
+    };
+
+    /// Whether a packet may pass: its type, and a stream of the rest.
+    using Check = std::function<bool(quint16 type, QDataStream &packet)>;
+
+    /// Takes @p socket, a connected QLocalSocket or QTcpSocket, over.
+    PacketGate(QIODevice *socket, Check check, QObject *parent);
+
+    /// Whether it was ended here, by something that is no packet.
+    bool hasRefused() const { return m_hasRefused; }
+
+    /// Lets through what came so far. The reader calls it when it is ready.
+    void start();
+
+    bool isSequential() const override { return true; }
+    qint64 bytesAvailable() const override;
+
+Q_SIGNALS:
+    /// The connection is over. Emitted by the event loop, never while a packet is worked on.
+    void ended();
+
+protected:
+    qint64 readData(char *data, qint64 size) override;
+    qint64 writeData(const char *data, qint64 size) override;
+
+private Q_SLOTS:
+    void readSocket();
+    void endConnection();
+
+private:
+    bool readPacket();
+    bool isPermitted() const;
+    bool refuse();
+    void announceEnd();
+
+    QIODevice *m_socket;
+    Check m_check;
+    QByteArray m_packet; // with its length in front
+    int m_position = 0;
+    bool m_isBusy = false;
+    bool m_isOverread = false;
+    bool m_hasRefused = false;
+    bool m_hasEnded = false;
+};

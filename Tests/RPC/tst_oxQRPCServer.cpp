@@ -1,0 +1,373 @@
+#include <QDir>
+#include <QFileInfo>
+#include <QLocalSocket>
+#include <QNetworkInterface>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QtTest>
+
+#include <algorithm>
+#include <cerrno>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "EchoServiceMain.h"
+#include "MainProcess.h"
+#include "MainThread.h"
+#include "OutputCapture.h"
+#include "oxQRPCClient.h"
+
+namespace {
+
+QUrl sessionAddress()
+{
+    return QUrl(QStringLiteral("local:tst_oxQRPCServer-%1").arg(getpid()));
+}
+
+QString socketFile()
+{
+    return QDir::tempPath() + QLatin1Char('/') + sessionAddress().path();
+}
+
+// What another user gets who connects: the number of an error, or 0. Only root can try.
+int errorOfAnotherUser(const QByteArray &file)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        constexpr uid_t nobody = 65534;
+        if (setuid(nobody) != 0)
+            _exit(255);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::copy_n(file.constData(), std::min<size_t>(size_t(file.size()), sizeof(address.sun_path) - 1),
+                    address.sun_path);
+        const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        _exit(connect(socket, reinterpret_cast<sockaddr *>(&address), sizeof(address)) == 0 ? 0 : errno);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WEXITSTATUS(status);
+}
+
+bool canConnect(const QString &host, int port)
+{
+    QTcpSocket socket;
+    socket.connectToHost(host, quint16(port));
+    return socket.waitForConnected(5000);
+}
+
+int openFiles()
+{
+    return QDir(QStringLiteral("/proc/self/fd"))
+        .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
+        .size();
+}
+
+int connections(const oxQRPCServer &server)
+{
+    const QObjectList children = server.children();
+    return int(std::count_if(children.cbegin(), children.cend(), [](const QObject *child) {
+        return QLatin1String(child->metaObject()->className()) == QLatin1String("ServerConnection");
+    }));
+}
+
+class WithEnumeration : public oxBaseService
+{
+    Q_OBJECT
+    Q_CLASSINFO("RemoteObject Type", "WithEnumeration")
+
+public:
+    enum Kind { One };
+    Q_ENUM(Kind)
+};
+
+class OfAnotherName : public oxBaseService
+{
+    Q_OBJECT
+    Q_CLASSINFO("RemoteObject Type", "oxNobody")
+};
+
+} // namespace
+
+class tst_oxQRPCServer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void localSocketIsOpenToTheUserAlone();
+    void nameInUseIsRefusedAndTheFirstServerGoesOn();
+    void socketOfAProcessThatDiedIsReplaced();
+    void socketGoesWithTheServer();
+    void tcpIsOnTheLoopbackInterfaceAlone_data();
+    void tcpIsOnTheLoopbackInterfaceAlone();
+    void tcpPortInUseIsRefused();
+    void tcpPortIsTakenWhenItIsGiven();
+    void addressThatIsNoneIsRefused_data();
+    void addressThatIsNoneIsRefused();
+    void listensOnceOnly();
+    void listensAfterAFailure();
+    void serviceIsOfferedOnceOnly();
+    void serviceWithoutInterfaceClassIsRefused();
+    void serviceWithAnEnumerationIsRefused();
+    void deletedServiceIsNoLongerOffered();
+    void endedConnectionsAreDropped();
+    void clientsThatCameAndWentAreDropped();
+    void serverEndsItsConnections();
+};
+
+void tst_oxQRPCServer::localSocketIsOpenToTheUserAlone()
+{
+    oxQRPCServer server;
+    QVERIFY(server.listen(sessionAddress()));
+    struct stat status = {};
+    QCOMPARE(stat(qPrintable(socketFile()), &status), 0);
+    QVERIFY(S_ISSOCK(status.st_mode));
+    QCOMPARE(status.st_uid, getuid());
+    QCOMPARE(status.st_mode & 0077, 0U);
+    if (geteuid() == 0)
+        QCOMPARE(errorOfAnotherUser(QFile::encodeName(socketFile())), EACCES);
+}
+
+void tst_oxQRPCServer::nameInUseIsRefusedAndTheFirstServerGoesOn()
+{
+    MainProcess first(sessionAddress());
+    oxQRPCServer second;
+    QVERIFY(!second.listen(sessionAddress()));
+    QCOMPARE(second.errorString(), QStringLiteral("another process listens at ") + sessionAddress().toString());
+    QVERIFY(second.address().isEmpty());
+
+    EchoService echo;
+    oxQRPCClient client;
+    echo.setClient(&client);
+    client.registerService(&echo);
+    QVERIFY(client.connectToHost(sessionAddress()));
+    QVERIFY(client.waitForConnected(30000));
+    QCOMPARE(echo.sum(1, 2), 3);
+}
+
+void tst_oxQRPCServer::socketOfAProcessThatDiedIsReplaced()
+{
+    MainProcess(sessionAddress()).kill();
+    QVERIFY(QFileInfo::exists(socketFile()));
+    oxQRPCServer server;
+    QVERIFY2(server.listen(sessionAddress()), qPrintable(server.errorString()));
+    oxQRPCClient client;
+    QVERIFY(client.connectToHost(sessionAddress()));
+    QVERIFY(client.waitForConnected(30000));
+}
+
+void tst_oxQRPCServer::socketGoesWithTheServer()
+{
+    {
+        oxQRPCServer server;
+        QVERIFY(server.listen(sessionAddress()));
+    }
+    QVERIFY(!QFileInfo::exists(socketFile()));
+}
+
+void tst_oxQRPCServer::tcpIsOnTheLoopbackInterfaceAlone_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::newRow("localhost") << QStringLiteral("tcp://localhost:0");
+    QTest::newRow("no host") << QStringLiteral("tcp://:0");
+    QTest::newRow("by number") << QStringLiteral("tcp://127.0.0.1:0");
+}
+
+void tst_oxQRPCServer::tcpIsOnTheLoopbackInterfaceAlone()
+{
+    QFETCH(QString, address);
+    oxQRPCServer server;
+    QVERIFY2(server.listen(QUrl(address)), qPrintable(server.errorString()));
+    QCOMPARE(server.address().scheme(), QStringLiteral("tcp"));
+    QCOMPARE(server.address().host(), QStringLiteral("127.0.0.1"));
+    QVERIFY(server.address().port() > 0);
+
+    QVERIFY(canConnect(QStringLiteral("127.0.0.1"), server.address().port()));
+    QVERIFY(!canConnect(QStringLiteral("127.0.0.2"), server.address().port()));
+    const QList<QHostAddress> addresses = QNetworkInterface::allAddresses();
+    for (const QHostAddress &other : addresses) {
+        if (!other.isLoopback())
+            QVERIFY2(!canConnect(other.toString(), server.address().port()), qPrintable(other.toString()));
+    }
+}
+
+void tst_oxQRPCServer::tcpPortInUseIsRefused()
+{
+    QTcpServer other;
+    QVERIFY(other.listen(QHostAddress::LocalHost));
+    oxQRPCServer server;
+    QVERIFY(!server.listen(QUrl(QStringLiteral("tcp://localhost:%1").arg(other.serverPort()))));
+    QCOMPARE(server.errorString(), QStringLiteral("The bound address is already in use"));
+    QVERIFY(server.address().isEmpty());
+}
+
+void tst_oxQRPCServer::tcpPortIsTakenWhenItIsGiven()
+{
+    QTcpServer other;
+    QVERIFY(other.listen(QHostAddress::LocalHost));
+    const int port = other.serverPort();
+    other.close();
+    oxQRPCServer server;
+    QVERIFY2(server.listen(QUrl(QStringLiteral("tcp://localhost:%1").arg(port))), qPrintable(server.errorString()));
+    QCOMPARE(server.address(), QUrl(QStringLiteral("tcp://127.0.0.1:%1").arg(port)));
+}
+
+void tst_oxQRPCServer::addressThatIsNoneIsRefused_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("error");
+    const QString noAddress = QStringLiteral("'%1' is no address: use local:name or tcp://host:port");
+    for (const char *address : {"", "local:", "name", "http://localhost:80", "tcp:", "tcp://localhost"})
+        QTest::newRow(address) << QString::fromLatin1(address) << noAddress.arg(QLatin1String(address));
+    QTest::newRow("a name") << QStringLiteral("tcp://somewhere:1") << QStringLiteral("'somewhere' is no IP address");
+    QTest::newRow("of another machine") << QStringLiteral("tcp://192.0.2.1:0")
+                                        << QStringLiteral("The address is not available");
+    QTest::newRow("too long") << QStringLiteral("local:") + QString(200, QLatin1Char('x'))
+                              << QStringLiteral("'%1/%2' is too long for a local socket")
+                                     .arg(QDir::tempPath(), QString(200, QLatin1Char('x')));
+}
+
+void tst_oxQRPCServer::addressThatIsNoneIsRefused()
+{
+    QFETCH(QString, address);
+    QFETCH(QString, error);
+    oxQRPCServer server;
+    QVERIFY(!server.listen(QUrl(address)));
+    QCOMPARE(server.errorString(), error);
+    QVERIFY(server.address().isEmpty());
+}
+
+void tst_oxQRPCServer::listensOnceOnly()
+{
+    oxQRPCServer server;
+    QVERIFY(server.address().isEmpty());
+    QVERIFY(server.listen(sessionAddress()));
+    QCOMPARE(server.address(), sessionAddress());
+    QVERIFY(!server.listen(QUrl(QStringLiteral("tcp://localhost:0"))));
+    QCOMPARE(server.errorString(), QStringLiteral("already listening at ") + sessionAddress().toString());
+    QCOMPARE(server.address(), sessionAddress());
+}
+
+void tst_oxQRPCServer::listensAfterAFailure()
+{
+    oxQRPCServer server;
+    QVERIFY(!server.listen(QUrl(QStringLiteral("nowhere"))));
+    QVERIFY(server.listen(sessionAddress()));
+    oxQRPCClient client;
+    QVERIFY(client.connectToHost(server.address()));
+    QVERIFY(client.waitForConnected(30000));
+}
+
+void tst_oxQRPCServer::serviceIsOfferedOnceOnly()
+{
+    oxQRPCServer server;
+    EchoServiceMain echo;
+    EchoServiceMain another;
+    QVERIFY(server.registerService(&echo));
+    QVERIFY(!server.registerService(&echo));
+    QVERIFY(!server.registerService(&another));
+}
+
+void tst_oxQRPCServer::serviceWithoutInterfaceClassIsRefused()
+{
+    oxQRPCServer server;
+    oxBaseService plain;
+    QVERIFY(!server.registerService(&plain));
+    OfAnotherName other;
+    QVERIFY(!server.registerService(&other));
+}
+
+void tst_oxQRPCServer::serviceWithAnEnumerationIsRefused()
+{
+    oxQRPCServer server;
+    WithEnumeration service;
+    QVERIFY(!server.registerService(&service));
+}
+
+void tst_oxQRPCServer::deletedServiceIsNoLongerOffered()
+{
+    EchoService echo;
+    oxQRPCClient client;
+    EchoServiceMain anew;
+    auto *echoMain = new EchoServiceMain;
+    MainThread main;
+    main.offer(echoMain);
+    echo.setClient(&client);
+    client.registerService(&echo);
+    QVERIFY(client.connectToHost(main.address()));
+    QVERIFY(client.waitForConnected(30000));
+    QCOMPARE(echo.sum(1, 2), 3);
+
+    main.run([&] { delete echoMain; });
+    const auto lineOfACall = [&] { return outputOf([&] { echo.sum(1, 2); }).standardError; };
+    QTRY_COMPARE(lineOfACall(),
+                 QByteArray("oxQRPCClient: not offered by the main process, EchoService::sum(int,int) does nothing\n"));
+
+    main.offer(&anew);
+    const auto isThere = [&] {
+        int sum = 0;
+        outputOf([&] { sum = echo.sum(1, 2); });
+        return sum == 3;
+    };
+    QTRY_VERIFY(isThere());
+}
+
+void tst_oxQRPCServer::endedConnectionsAreDropped()
+{
+    oxQRPCServer server;
+    EchoServiceMain echo;
+    server.registerService(&echo);
+    QVERIFY(server.listen(sessionAddress()));
+    const int before = openFiles();
+    for (int i = 0; i < 1000; ++i) {
+        QLocalSocket socket;
+        socket.connectToServer(sessionAddress().path());
+        QVERIFY(socket.waitForConnected());
+        if (i % 2) // the others are gone before they are accepted
+            QCoreApplication::processEvents();
+        socket.abort();
+        QCoreApplication::processEvents();
+    }
+    QTRY_COMPARE(connections(server), 0);
+    QTRY_COMPARE(openFiles(), before);
+}
+
+void tst_oxQRPCServer::clientsThatCameAndWentAreDropped()
+{
+    oxQRPCServer server;
+    EchoServiceMain echoMain;
+    server.registerService(&echoMain);
+    QVERIFY(server.listen(sessionAddress()));
+    const int before = openFiles();
+    for (int i = 0; i < 20; ++i) {
+        EchoService echo;
+        oxQRPCClient client;
+        echo.setClient(&client);
+        client.registerService(&echo);
+        QVERIFY(client.connectToHost(sessionAddress()));
+        QVERIFY(client.waitForConnected(30000));
+        QCOMPARE(echo.sum(i, 1), i + 1);
+        QCOMPARE(connections(server), 1);
+        client.disconnectFromHost();
+        QTRY_COMPARE(connections(server), 0);
+    }
+    QTRY_COMPARE(openFiles(), before);
+}
+
+void tst_oxQRPCServer::serverEndsItsConnections()
+{
+    auto server = std::make_unique<oxQRPCServer>();
+    QVERIFY(server->listen(sessionAddress()));
+    oxQRPCClient client;
+    QVERIFY(client.connectToHost(sessionAddress()));
+    QVERIFY(client.waitForConnected(30000));
+    server.reset();
+    QTRY_VERIFY(!client.isConnected());
+}
+
+QTEST_GUILESS_MAIN(tst_oxQRPCServer)
+#include "tst_oxQRPCServer.moc"
