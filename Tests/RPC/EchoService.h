@@ -34,6 +34,11 @@ public Q_SLOTS:
     {
         return call<QList<oxdMaterial>>(staticMetaObject, "materials(QList<oxdMaterial>)", value);
     }
+    /// The same, without a signal.
+    virtual QList<oxdMaterial> materialsBack(const QList<oxdMaterial> &value)
+    {
+        return call<QList<oxdMaterial>>(staticMetaObject, "materialsBack(QList<oxdMaterial>)", value);
+    }
     virtual QVector<oxdNode> nodes(const QVector<oxdNode> &value)
     {
         return call<QVector<oxdNode>>(staticMetaObject, "nodes(QVector<oxdNode>)", value);

@@ -24,6 +24,7 @@ public:
         Q_EMIT materialsChanged(value);
         return value;
     }
+    QList<oxdMaterial> materialsBack(const QList<oxdMaterial> &value) override { return value; }
     QVector<oxdNode> nodes(const QVector<oxdNode> &value) override { return value; }
     void note(const QString &value) override { Q_EMIT noted(value); }
     int count(int count) override

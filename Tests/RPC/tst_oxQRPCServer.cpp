@@ -85,6 +85,28 @@ public:
     Q_ENUM(Kind)
 };
 
+class WithPrivateSlot : public oxBaseService
+{
+    Q_OBJECT
+    Q_CLASSINFO("RemoteObject Type", "WithPrivateSlot")
+
+public:
+    int hiddenCalls = 0;
+
+private Q_SLOTS:
+    int hidden() { return ++hiddenCalls; }
+
+public Q_SLOTS:
+    virtual int shown() { return call<int>(staticMetaObject, "shown()"); }
+    int callHidden() { return call<int>(staticMetaObject, "hidden()"); }
+};
+
+class WithPrivateSlotMain : public WithPrivateSlot
+{
+public:
+    int shown() override { return 7; }
+};
+
 class OfAnotherName : public oxBaseService
 {
     Q_OBJECT
@@ -113,6 +135,7 @@ private Q_SLOTS:
     void serviceIsOfferedOnceOnly();
     void serviceWithoutInterfaceClassIsRefused();
     void serviceWithAnEnumerationIsRefused();
+    void privateSlotsAreNotCalled();
     void deletedServiceIsNoLongerOffered();
     void endedConnectionsAreDropped();
     void clientsThatCameAndWentAreDropped();
@@ -286,6 +309,25 @@ void tst_oxQRPCServer::serviceWithAnEnumerationIsRefused()
     oxQRPCServer server;
     WithEnumeration service;
     QVERIFY(!server.registerService(&service));
+}
+
+void tst_oxQRPCServer::privateSlotsAreNotCalled()
+{
+    WithPrivateSlotMain main;
+    oxQRPCServer server;
+    QVERIFY(server.registerService(&main));
+    QVERIFY(server.listen(sessionAddress()));
+    WithPrivateSlot service;
+    oxQRPCClient client;
+    service.setClient(&client);
+    client.registerService(&service);
+    QVERIFY(client.connectToHost(server.address()));
+    QVERIFY(client.waitForConnected(30000));
+    QCOMPARE(service.shown(), 7);
+
+    const QByteArray lines = outputOf([&] { service.callHidden(); }).standardError;
+    QVERIFY2(lines.contains("oxQRPCServer: what a connection sent is no call, it was ended\n"), lines);
+    QCOMPARE(main.hiddenCalls, 0);
 }
 
 void tst_oxQRPCServer::deletedServiceIsNoLongerOffered()

@@ -40,7 +40,7 @@ void ServerConnection::offer(QObject *service)
     QVector<QMetaMethod> methods;
     for (int i = interface->methodOffset(); i < interface->methodCount(); ++i) {
         const QMetaMethod method = interface->method(i);
-        if (method.methodType() != QMetaMethod::Signal && method.access() == QMetaMethod::Public)
+        if (method.methodType() != QMetaMethod::Signal)
             methods.append(method);
     }
     m_methods.insert(interfaceName(interface), methods);
@@ -75,5 +75,8 @@ bool ServerConnection::isCall(const QString &name, QDataStream &packet) const
 {
     const CallPacket call(packet);
     const QVector<QMetaMethod> methods = m_methods.value(name);
-    return call.index >= 0 && call.index < methods.size() && call.isCallOf(methods.at(call.index));
+    if (call.index < 0 || call.index >= methods.size())
+        return false;
+    const QMetaMethod &method = methods.at(call.index);
+    return method.access() == QMetaMethod::Public && call.isCallOf(method);
 }
