@@ -8,8 +8,10 @@ namespace {
 
 void print(const std::string &task, long size, double bare, double ours)
 {
-    std::printf("%-24s %9ld %14.1f %14.1f", task.c_str(), size, bare, ours);
-    if (bare > 0)
+    std::printf("%-24s %9ld %14.1f", task.c_str(), size, bare);
+    if (ours > 0)
+        std::printf(" %14.1f", ours);
+    if (bare > 0 && ours > 0)
         std::printf(" %8.2f", ours / bare);
     std::printf("\n");
 }
@@ -33,8 +35,9 @@ void RatioReporter::ReportRuns(const std::vector<Run> &runs)
             continue;
         Pair &pair = pairOf(function.substr(0, slash), size);
         double &best = variant == "bare" ? pair.bare : pair.ours;
-        const bool isManual = run.run_name.time_type == "manual_time";
-        const double seconds = isManual ? run.real_accumulated_time : run.cpu_accumulated_time;
+        const std::string &kind = run.run_name.time_type;
+        const bool isGiven = kind == "manual_time" || kind == "real_time";
+        const double seconds = isGiven ? run.real_accumulated_time : run.cpu_accumulated_time;
         const double nanoseconds = seconds * 1e9 / double(run.iterations) / double(size);
         best = best > 0 ? std::min(best, nanoseconds) : nanoseconds;
     }

@@ -10,7 +10,8 @@
 ///
 /// "task/bare" and "task/ours" are a pair, with or without a size behind ("task/ours/1000"). What
 /// counts is the processor's time, and of repeated runs the quickest: what else the machine does
-/// can only make a run slower. A benchmark with UseManualTime() gives that time itself: see CpuTime.h.
+/// can only make a run slower. A benchmark with UseManualTime() gives that time itself: see CpuTime.h;
+/// one with UseRealTime() counts the time that passes.
 class RatioReporter : public benchmark::BenchmarkReporter
 {
 public:
