@@ -10,6 +10,8 @@ FrameSource::FrameSource(MainProcess *mainProcess, oxRenderService *service, QOb
     , m_mainProcess(mainProcess)
     , m_service(service)
 {
+    m_nextFetch.setSingleShot(true);
+    connect(&m_nextFetch, &QTimer::timeout, this, &FrameSource::take);
     connect(mainProcess, &MainProcess::connected, this, &FrameSource::begin);
     connect(mainProcess, &MainProcess::disconnected, this, &FrameSource::end);
     connect(service, &oxRenderService::frameRendered, this, &FrameSource::take);
@@ -68,5 +70,5 @@ void FrameSource::fetch()
     if (!m_fetched.isNull())
         Q_EMIT frameAvailable();
     if (m_isFetchDue)
-        QMetaObject::invokeMethod(this, &FrameSource::take, Qt::QueuedConnection);
+        m_nextFetch.start(0);
 }

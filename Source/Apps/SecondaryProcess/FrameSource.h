@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QObject>
+#include <QTimer>
 
 #include "oxFrameReader.h"
 
@@ -43,4 +44,5 @@ private:
     bool m_isBegun = false; // where the frames come from is known
     bool m_isFetching = false;
     bool m_isFetchDue = false;
+    QTimer m_nextFetch;
 };
