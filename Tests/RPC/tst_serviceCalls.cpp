@@ -36,6 +36,9 @@ private Q_SLOTS:
     void serviceThatTheMainProcessLacks();
     void serviceThatIsRegisteredLater();
     void serviceThatTheMainProcessOffersLater();
+    void serviceThatIsDeletedIsForgotten();
+    void serviceMayBeDeletedByAReceiver();
+    void serviceMayBeDeletedWhileItsCallWaits();
     void callEndsWithItsLimit();
     void callAfterOneWithoutAnswerDoesNotWait();
     void lateAnswerMakesCallsWaitAgain();
@@ -342,6 +345,55 @@ void tst_serviceCalls::serviceThatTheMainProcessOffersLater()
     };
     QTRY_VERIFY(isThere());
     m_main.reset();
+}
+
+void tst_serviceCalls::serviceThatIsDeletedIsForgotten()
+{
+    auto doomed = std::make_unique<EchoService>();
+    doomed->setClient(m_client.get());
+    m_client->registerService(doomed.get());
+    QSignalSpy noted(m_echo.get(), &EchoService::noted);
+    QSignalSpy doomedNoted(doomed.get(), &EchoService::noted);
+    const auto isBound = [&] {
+        m_echo->note(QString());
+        m_echo->sum(1, 1);
+        return doomedNoted.count() > 0;
+    };
+    QTRY_VERIFY(isBound());
+
+    doomed.reset();
+    QCOMPARE(m_client->services(), QList<QObject *>{m_echo.get()});
+    noted.clear();
+    m_echo->note(QStringLiteral("to whom it may concern"));
+    QTRY_COMPARE(noted.count(), 1);
+    connectClient();
+    QCOMPARE(m_echo->sum(1, 2), 3);
+}
+
+void tst_serviceCalls::serviceMayBeDeletedByAReceiver()
+{
+    auto *doomed = new EchoService;
+    doomed->setClient(m_client.get());
+    m_client->registerService(doomed);
+    int received = 0;
+    connect(doomed, &EchoService::progress, this, [&] {
+        ++received;
+        delete doomed;
+    });
+    const auto isDeleted = [&] {
+        m_echo->count(100);
+        return received > 0;
+    };
+    QTRY_VERIFY(isDeleted());
+    QCOMPARE(received, 1); // the others, which had arrived, are dropped
+}
+
+void tst_serviceCalls::serviceMayBeDeletedWhileItsCallWaits()
+{
+    m_client->setCallTimeout(60000);
+    QTimer::singleShot(100, this, [&] { m_echo.reset(); });
+    QCOMPARE(outputOf([&] { m_echo->takeTime(60000, false); }).standardError,
+             QByteArray("oxQRPCClient: service withdrawn before the answer from EchoService::takeTime(int,bool)\n"));
 }
 
 void tst_serviceCalls::callEndsWithItsLimit()

@@ -20,10 +20,14 @@ ServiceLink::~ServiceLink() = default;
 void ServiceLink::acquire(QRemoteObjectNode *node, const std::function<void()> &ready)
 {
     m_replica.reset(node->acquireDynamic(m_interfaceName));
-    connect(m_replica.get(), &QRemoteObjectReplica::initialized, this, [this, ready] {
+    const auto begin = [this, ready] {
         connectSignals();
         ready();
-    });
+    };
+    if (m_replica->isInitialized()) // for another service of the same interface
+        begin();
+    else
+        connect(m_replica.get(), &QRemoteObjectReplica::initialized, this, begin);
 }
 
 void ServiceLink::release()

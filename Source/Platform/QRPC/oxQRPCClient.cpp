@@ -128,8 +128,19 @@ void oxQRPCClient::registerService(QObject *service)
     m_links.insert(service,
                    new ServiceLink(
                        service, [this](const Emission &emission) { receive(emission); }, this));
+    connect(service, &QObject::destroyed, this, [this, service] { forget(service); });
     if (m_serviceList && m_serviceList->isReplicaValid())
         acquireServices();
+}
+
+// The link itself stays: a call may be waiting.
+void oxQRPCClient::forget(QObject *service)
+{
+    m_services.removeAll(service);
+    m_links.take(service)->release();
+    const auto isOfService = [service](const Emission &emission) { return emission.service == service; };
+    m_emissions.erase(std::remove_if(m_emissions.begin(), m_emissions.end(), isOfService), m_emissions.end());
+    updateConnected();
 }
 
 void oxQRPCClient::callMethod(QObject *service, const QMetaObject *metaObject, int index, void **arguments)

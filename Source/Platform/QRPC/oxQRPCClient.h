@@ -70,7 +70,7 @@ public:
 
     /// Binds @p service to the main process's object of the same interface class: the first class
     /// from its own upwards that declares Q_CLASSINFO("RemoteObject Type", "its name"). Not owned;
-    /// the object must outlive the client. Registering an object twice keeps it twice.
+    /// an object that is deleted is forgotten. Registering an object twice keeps it twice.
     void registerService(QObject *service);
 
     /// Everything that was registered, in that order.
@@ -121,6 +121,7 @@ private:
     void announceConnection();
     void retry();
     void loseConnection();
+    void forget(QObject *service);
     void receive(const Emission &emission);
     void deliver();
     void deliverScheduled();
