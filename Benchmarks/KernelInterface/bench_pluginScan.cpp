@@ -31,7 +31,7 @@ public:
     /// A plugins folder with that many plugins; written on the first call.
     QString folderOf(int pluginCount);
 
-    QMainWindow window;
+    QMainWindow *const window = new QMainWindow; // not deleted: the application is gone before
 
 private:
     Host();
@@ -48,10 +48,10 @@ Host *Host::the()
 
 Host::Host()
 {
-    window.menuBar()->addMenu(QStringLiteral("&Help"));
+    window->menuBar()->addMenu(QStringLiteral("&Help"));
     oxKernelInterface::the()->init(&m_client, false);
-    oxKernelServiceFactory::the()->getService<oxMainWindowService>()->setWidget(&window);
-    window.show();
+    oxKernelServiceFactory::the()->getService<oxMainWindowService>()->setWidget(window);
+    window->show();
 }
 
 QString Host::folderOf(int pluginCount)
@@ -86,7 +86,7 @@ Loaded loadBare(const QString &path)
     file.open(QIODevice::ReadOnly);
     const QString text = QString::fromUtf8(file.readAll());
     Loaded plugin{PythonQtObjectPtr(PythonQt::self()->createUniqueModule()),
-                  new QDockWidget(path, &Host::the()->window)};
+                  new QDockWidget(path, Host::the()->window)};
     plugin.dock->setWidget(new QWidget);
     plugin.module.evalScript(text, Py_file_input);
     return plugin;
