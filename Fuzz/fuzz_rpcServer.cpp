@@ -1,5 +1,5 @@
-// What a secondary process sends to the main process: Peer.h says how the input is made up. Peers are
-// trusted to call an operation with arguments of its types.
+// What a secondary process sends to the main process: as it is when the first byte of the input is
+// 255, and else as Peer.h says.
 
 #include <QCoreApplication>
 #include <QLocalSocket>
@@ -16,21 +16,6 @@ QString listenedName(oxQRPCServer *server)
     if (!server->listen(address))
         qFatal("%s", qPrintable(server->errorString()));
     return address.path();
-}
-
-bool isSafe(const QByteArray &packet)
-{
-    static const auto slotsOfService = methodsOf(&Service::staticMetaObject, QMetaMethod::Slot);
-    QDataStream stream(packet);
-    quint16 kind = 0;
-    QString object;
-    qint32 call = 0;
-    qint32 index = 0;
-    stream >> kind >> object >> call >> index;
-    if (kind != Call)
-        return true;
-    return object == QLatin1String("Service") && call == QMetaObject::InvokeMetaMethod && index >= 0
-        && index < slotsOfService.size() && areArgumentsOfTypes(&stream, parameterTypes(slotsOfService.at(index)));
 }
 
 } // namespace
@@ -55,7 +40,10 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
     if (!peer.waitForConnected())
         qFatal("%s", qPrintable(peer.errorString()));
     settle();
-    peer.write(packetsOf({}, bytes, size, isSafe));
+    if (size > 0 && bytes[0] == 255)
+        peer.write(reinterpret_cast<const char *>(bytes + 1), qint64(size - 1));
+    else
+        peer.write(packetsOf(bytes, size, [](const QByteArray &) { return true; }));
     settle();
     Q_EMIT service.changed(1);
     settle();

@@ -127,11 +127,11 @@ void addPythonBindings(PythonQtObjectPtr *module, bool verbose)
 }
 
 // Without the trace function that a plugin may have set: if it raised an exception, there would be no module.
-PythonQtObjectPtr createPluginModule()
+PythonQtObjectPtr *createPluginModule()
 {
     PyThreadState *thread = PyThreadState_GET();
     ++thread->tracing; // as Python itself does while it calls that function
-    PythonQtObjectPtr module = PythonQt::self()->createUniqueModule();
+    auto *module = new PythonQtObjectPtr(PythonQt::self()->createUniqueModule());
     --thread->tracing;
     return module;
 }
@@ -390,7 +390,7 @@ void oxKernelInterface::loadScriptPlugins()
 bool oxKernelInterface::loadPythonPlugin(const QString &path)
 {
     const QString key = pluginKey(path);
-    auto *module = new PythonQtObjectPtr(createPluginModule());
+    PythonQtObjectPtr *module = createPluginModule();
     QWidget *container = createContainer();
 
     const auto loaded = d->plugins.find(key);
