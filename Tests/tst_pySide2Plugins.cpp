@@ -97,6 +97,7 @@ private Q_SLOTS:
     void pySide2SlotInADialogOfPythonQt();
     void objectsOfTheOtherBindingAreRefused();
     void pythonQtKnowsNoClassOfPySide2();
+    void shortTypeNamesAreLeftToTheHost();
     void customWidgetOfPySide2InAFormOfPythonQt();
 
 private:
@@ -109,6 +110,8 @@ private:
 };
 
 namespace {
+
+enum State { Idle };
 
 const QByteArray loaded("PythonQt: no PySide2: yes\nLoaded 'Plugin' python plugin.\n");
 
@@ -167,6 +170,7 @@ void whenADialogIsOpen(QObject *context, const Action &action)
 
 void tst_pySide2Plugins::initTestCase()
 {
+    qRegisterMetaType<State>("State"); // as another library of the process may do
     qRegisterMetaType<oxMessageService::Severity>("oxMessageService::Severity");
     m_host = new PluginHost; // never deleted: Python's wrappers may outlive it
     PluginHost::run(QStringLiteral("sys.path[:0] = ['" PYSIDE2_DIR "', '" SOURCE_DIR "/Share/lib/python']"));
@@ -701,6 +705,15 @@ void tst_pySide2Plugins::pythonQtKnowsNoClassOfPySide2()
                             "python info: 'QFrame False'\n"
                             "python info: 'False'"));
     }
+}
+
+// Qt ends the process when two types of different sizes have one name.
+void tst_pySide2Plugins::shortTypeNamesAreLeftToTheHost()
+{
+    QCOMPARE(load("from PySide2 import QtCore, QtGui, QtWidgets, QtXml, QtUiTools\n").standardError, QByteArray());
+    QCOMPARE(QMetaType::sizeOf(QMetaType::type("State")), int(sizeof(State)));
+    QCOMPARE(QMetaType::type("FormatRange"), int(QMetaType::UnknownType));
+    QVERIFY(QMetaType::isRegistered(QMetaType::type("QTextLayout::FormatRange")));
 }
 
 // What PySide2 registers for forms is there for all forms of the process.

@@ -110,7 +110,8 @@ def getWidget(address):
 
     widget = shiboken2.wrapInstance(address, QtWidgets.QWidget)
     # PySide2 never hears of the end of a widget that it knows by its address alone: the object
-    # would stay valid, and be taken for the next widget at that address.
+    # would stay valid, and be taken for the next widget at that address. The connection keeps it
+    # as long as the widget lives: without it, PySide2 would give up those of its children, too.
     if not hasattr(widget, "_isWatched"):
         widget._isWatched = True
         widget.destroyed.connect(lambda: shiboken2.invalidate(widget))
