@@ -33,7 +33,7 @@ USAGE
 }
 
 inputs() {
-  sha256sum build.sh CMakeLists.txt FindShiboken2.cmake UnityNames.h fixes.patch tests/*
+  sha256sum build.sh CMakeLists.txt FindShiboken2.cmake UnityNames.h fixes.patch generate.in tests/*
   dpkg-query -W -f '${Package} ${Version}\n' qtbase5-dev libpython2.7-dev shiboken2 2>/dev/null || qmake -query QT_VERSION
 }
 
