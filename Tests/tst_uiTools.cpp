@@ -99,10 +99,13 @@ void tst_uiTools::baseIsTheClassOfTheTopWidget()
     m_host->write(QStringLiteral("panel.ui"), form(topWidget));
     m_host->write(QStringLiteral("Panel.py"),
                   "import uiTools\n"
-                  "Form, Base = uiTools.loadUiType('panel.ui')\n");
+                  "Form, Base = uiTools.loadUiType('panel.ui')\n"
+                  "Form().setupUi(TARNPluginWidget)\n");
     m_host->scan();
 
     const QString panel = QStringLiteral("Panel");
+    const auto *content = m_host->dock(panel)->widget()->findChild<QWidget *>(QStringLiteral("Form"));
+    QVERIFY(content && !content->isWindow());
     QCOMPARE(m_host->evaluateIn(panel, QStringLiteral("Base.__name__")).toByteArray(), topWidget);
     QCOMPARE(m_host->evaluateIn(panel, QStringLiteral("Form.__name__")).toByteArray(), "Ui_" + topWidget);
 }

@@ -29,7 +29,7 @@ def loadUiType(fileName):
 
     Raises IOError when the file cannot be read, ValueError when it is no Designer file.
     """
-    from PythonQt import QtGui
+    from PythonQt import QtCore, QtGui
 
     path = os.path.abspath(fileName)
     baseName = _topWidgetClass(path)
@@ -41,6 +41,7 @@ def loadUiType(fileName):
     class Form(object):
         def setupUi(self, widget):
             content = _loadContent(path, widget)
+            content.setWindowFlags(QtCore.Qt.Widget)  # a dialog would be a window of its own
             widget.resize(content.size)
             if content.windowTitle:
                 widget.setWindowTitle(content.windowTitle)
