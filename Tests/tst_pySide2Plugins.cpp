@@ -173,7 +173,8 @@ void tst_pySide2Plugins::initTestCase()
     qRegisterMetaType<State>("State"); // as another library of the process may do
     qRegisterMetaType<oxMessageService::Severity>("oxMessageService::Severity");
     m_host = new PluginHost; // never deleted: Python's wrappers may outlive it
-    PluginHost::run(QStringLiteral("sys.path[:0] = ['" PYSIDE2_DIR "', '" SOURCE_DIR "/Share/lib/python']"));
+    PluginHost::run(QStringLiteral("sys.path[:0] = ['" PYSIDE2_DIR "', '" SOURCE_DIR "/Share/lib/python']\n"
+                                   "kept = []\n"));
 }
 
 void tst_pySide2Plugins::cleanup()

@@ -81,7 +81,7 @@ view.sortByColumn(0, Qt.AscendingOrder)
 view.verticalHeader().hide()
 view.horizontalHeader().setSectionResizeMode(QHeaderView.ResizeToContents)
 view.horizontalHeader().setStretchLastSection(True)
-view.setMinimumSize(290, 220)
+view.setMinimumSize(320, 240)
 summary = QLabel()
 for signal in (shown.rowsInserted, shown.rowsRemoved, shown.modelReset):
     signal.connect(count)
