@@ -80,6 +80,8 @@ private Q_SLOTS:
     void failedReloadLeavesAnEmptyPanel();
     void hundredReloadsLeaveOnePanel();
     void fortyThousandConnectionsOfReloadsWork();
+    void handlersAreNotMixedUpAfterManyConnections();
+    void handlerThatDisconnectsItself();
 
     void pluginThatDeletesItsContainer();
     void pluginThatDeletesItsDock();
@@ -799,6 +801,51 @@ void tst_pluginLoading::fortyThousandConnectionsOfReloadsWork()
     QVERIFY(
         PluginHost::evaluate(QStringLiteral("called == [('new', number) for number in range(400)] * 100")).toBool());
     PluginHost::run(QStringLiteral("del called, sender"));
+}
+
+void tst_pluginLoading::handlersAreNotMixedUpAfterManyConnections()
+{
+    QObject sender;
+    {
+        const InterpreterLock lock;
+        oxKernelInterface::the()->getPythonEngine()->addObject(QStringLiteral("sender"), &sender);
+    }
+    PluginHost::run(QStringLiteral("called = []\n"
+                                   "signal = 'objectNameChanged(QString)'\n"
+                                   "def first(name): called.append('first')\n"
+                                   "def second(name): called.append('second')\n"
+                                   "sender.connect(signal, first)\n"
+                                   "for i in range(70000):\n"
+                                   "    sender.connect(signal, second)\n"
+                                   "    sender.disconnect(signal, second)\n"
+                                   "connected = sender.connect(signal, second)\n"));
+    sender.setObjectName(QStringLiteral("new"));
+
+    QVERIFY(PluginHost::evaluate(QStringLiteral("connected")).toBool());
+    QCOMPARE(PluginHost::evaluate(QStringLiteral("called")).toStringList(), QStringList({"first", "second"}));
+    PluginHost::run(QStringLiteral("del sender"));
+}
+
+void tst_pluginLoading::handlerThatDisconnectsItself()
+{
+    QObject sender;
+    {
+        const InterpreterLock lock;
+        oxKernelInterface::the()->getPythonEngine()->addObject(QStringLiteral("sender"), &sender);
+    }
+    PluginHost::run(QStringLiteral("called = []\n"
+                                   "signal = 'objectNameChanged(QString)'\n"
+                                   "def connectOnce():\n"
+                                   "    def once(name):\n"
+                                   "        sender.disconnect(signal, once)\n"
+                                   "        called.append(name)\n"
+                                   "    sender.connect(signal, once)\n"
+                                   "connectOnce()\n"));
+    sender.setObjectName(QStringLiteral("new"));
+    sender.setObjectName(QStringLiteral("newer"));
+
+    QCOMPARE(PluginHost::evaluate(QStringLiteral("called")).toStringList(), QStringList("new"));
+    PluginHost::run(QStringLiteral("del sender"));
 }
 
 void tst_pluginLoading::pluginThatDeletesItsContainer()
