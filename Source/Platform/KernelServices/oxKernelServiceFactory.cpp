@@ -2,6 +2,16 @@
 
 #include <QMetaMethod>
 
+namespace {
+
+// Data objects, their lists and vectors get their type ids later, in the order of the catalogue.
+bool isOfDataObjects(const QByteArray &type)
+{
+    return type.contains("oxd");
+}
+
+} // namespace
+
 oxKernelServiceFactory *oxKernelServiceFactory::the()
 {
     static oxKernelServiceFactory factory;
@@ -23,7 +33,10 @@ void oxKernelServiceFactory::registerTypes(oxBaseService *service) const
         return;
     const QMetaObject *metaObject = service->metaObject();
     for (int method = QObject::staticMetaObject.methodCount(); method < metaObject->methodCount(); ++method) {
-        for (int i = 0; i < metaObject->method(method).parameterCount(); ++i) {
+        const QList<QByteArray> types = metaObject->method(method).parameterTypes();
+        for (int i = 0; i < types.size(); ++i) {
+            if (isOfDataObjects(types.at(i)))
+                continue;
             int type = QMetaType::UnknownType;
             void *arguments[] = {&type, &i};
             QMetaObject::metacall(service, QMetaObject::RegisterMethodArgumentMetaType, method, arguments);

@@ -23,7 +23,8 @@ public:
     QList<oxBaseService *> getServices();
 
     /// Called once for each service, right after it was filed: makes the argument types of its
-    /// methods known to the meta-type system. A null service is passed over.
+    /// methods known to the meta-type system, but for data objects, which oxdObjectManager makes known.
+    /// A null service is passed over.
     void registerTypes(oxBaseService *service) const;
 
     /// Files @p service under the key of the interface type T, then calls registerTypes().
