@@ -203,6 +203,11 @@ void tst_hostileStreams::secondaryProcessGoesOn_data()
     QTest::newRow("greeting, then junk") << greeting + withLength(randomBytes(100));
     QTest::newRow("signal of nobody") << greeting + packet(invoke, list, 0, 1000, QVariantList{1}, 1, -1);
     QTest::newRow("property of nobody") << greeting + packet(propertyChange, list, 1000, QVariant(1));
+    QTest::newRow("endless list of nobody")
+        << greeting + packet(invoke, QStringLiteral("Nobody"), 0, 0, quint32(0x7fffffff), randomBytes(100));
+    QTest::newRow("endless property of nobody") << greeting
+            + packet(propertyChange, QStringLiteral("Nobody"), 0, quint32(QMetaType::QVariantList), false,
+                     quint32(0x7fffffff), randomBytes(100));
     QTest::newRow("answer to nothing") << greeting + packet(7, list, 1000, QVariant(1));
 }
 

@@ -51,6 +51,8 @@ void reportUnanswered(const QMetaMethod &method, const QByteArray &what)
 bool isSignal(QDataStream &packet, const QMetaObject *object)
 {
     const CallPacket call(packet);
+    if (!object)
+        return true;
     const QMetaMethod method = object->method(object->methodOffset() + call.index);
     return call.index >= 0 && method.methodType() == QMetaMethod::Signal && call.isCallOf(method);
 }
@@ -60,6 +62,8 @@ bool isPropertyChange(QDataStream &packet, const QMetaObject *object)
     qint32 index = 0;
     QVariant value;
     packet >> index >> value;
+    if (!object)
+        return true;
     const QMetaProperty property = object->property(object->propertyOffset() + index);
     return index >= 0 && property.isValid() && value.userType() == property.userType();
 }
@@ -196,9 +200,7 @@ bool oxQRPCClient::isPermitted(quint16 type, QDataStream &packet) const
         return type >= PacketGate::Handshake && type <= PacketGate::Pong;
     QString name;
     packet >> name;
-    const QMetaObject *object = descriptionOf(name);
-    if (!object)
-        return true; // the node knows none of that name either
+    const QMetaObject *object = descriptionOf(name); // null for a name that the node drops, after it read the rest
     const bool isRight = type == PacketGate::Invoke ? isSignal(packet, object) : isPropertyChange(packet, object);
     return isRight && packet.status() == QDataStream::Ok && packet.atEnd();
 }
