@@ -20,10 +20,8 @@ inline void settle()
 }
 
 /// What a peer sends: the input is a row of packets, each with its length in two bytes, after a byte
-/// that says after how much of all this the connection ends. Packets for which @p isSent is false are
-/// left out.
-template<class IsSent>
-QByteArray packetsOf(const quint8 *bytes, size_t size, const IsSent &isSent)
+/// that says after how much of all this the connection ends.
+inline QByteArray packetsOf(const quint8 *bytes, size_t size)
 {
     if (size == 0)
         return {};
@@ -34,8 +32,7 @@ QByteArray packetsOf(const quint8 *bytes, size_t size, const IsSent &isSent)
         const int length = qFromBigEndian<quint16>(input.constData() + position);
         const QByteArray packet = input.mid(position + 2, length);
         position += 2 + packet.size();
-        if (isSent(packet))
-            output.writeBytes(packet.constData(), uint(packet.size())); // its length in four bytes, as Qt has it
+        output.writeBytes(packet.constData(), uint(packet.size())); // its length in four bytes, as Qt has it
     }
     sent.chop(4 * bytes[0]);
     return sent;

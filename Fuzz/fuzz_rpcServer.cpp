@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
     if (size > 0 && bytes[0] == 255)
         peer.write(reinterpret_cast<const char *>(bytes + 1), qint64(size - 1));
     else
-        peer.write(packetsOf(bytes, size, [](const QByteArray &) { return true; }));
+        peer.write(packetsOf(bytes, size));
     settle();
     Q_EMIT service.changed(1);
     settle();

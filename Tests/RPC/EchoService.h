@@ -62,5 +62,6 @@ public Q_SLOTS:
 Q_SIGNALS:
     void progress(int value);
     void noted(const QString &value);
+    void variantChanged(const QVariant &value);
     void materialsChanged(const QList<oxdMaterial> &materials);
 };

@@ -17,7 +17,11 @@ public:
     int sum(int a, int b) const override { return a + b; }
     QString text(const QString &value) override { return value; }
     QByteArray bytes(const QByteArray &value) override { return value; }
-    QVariant variant(const QVariant &value) override { return value; }
+    QVariant variant(const QVariant &value) override
+    {
+        Q_EMIT variantChanged(value);
+        return value;
+    }
     oxdMaterial material(const oxdMaterial &value) override { return value; }
     QList<oxdMaterial> materials(const QList<oxdMaterial> &value) override
     {

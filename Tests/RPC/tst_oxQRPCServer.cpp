@@ -107,6 +107,35 @@ public:
     int shown() override { return 7; }
 };
 
+class WithProperties : public oxBaseService
+{
+    Q_OBJECT
+    Q_CLASSINFO("RemoteObject Type", "WithProperties")
+    Q_PROPERTY(QString title MEMBER m_title NOTIFY titleChanged)
+    Q_PROPERTY(QVariant value MEMBER m_value NOTIFY valueChanged)
+    Q_PROPERTY(int size MEMBER m_size NOTIFY resized)
+
+public Q_SLOTS:
+    /// QLocale describes its enumerations.
+    virtual QLocale locale(const QLocale &like) { return call<QLocale>(staticMetaObject, "locale(QLocale)", like); }
+
+Q_SIGNALS:
+    void titleChanged(const QString &title);
+    void valueChanged(const QVariant &value);
+    void resized();
+
+private:
+    QString m_title;
+    QVariant m_value;
+    int m_size = 0;
+};
+
+class WithPropertiesMain : public WithProperties
+{
+public:
+    QLocale locale(const QLocale &like) override { return like; }
+};
+
 class OfAnotherName : public oxBaseService
 {
     Q_OBJECT
@@ -136,6 +165,7 @@ private Q_SLOTS:
     void serviceWithoutInterfaceClassIsRefused();
     void serviceWithAnEnumerationIsRefused();
     void privateSlotsAreNotCalled();
+    void signalsOfPropertiesTravel();
     void deletedServiceIsNoLongerOffered();
     void endedConnectionsAreDropped();
     void clientsThatCameAndWentAreDropped();
@@ -328,6 +358,35 @@ void tst_oxQRPCServer::privateSlotsAreNotCalled()
     const QByteArray lines = outputOf([&] { service.callHidden(); }).standardError;
     QVERIFY2(lines.contains("oxQRPCServer: what a connection sent is no call, it was ended\n"), lines);
     QCOMPARE(main.hiddenCalls, 0);
+}
+
+void tst_oxQRPCServer::signalsOfPropertiesTravel()
+{
+    WithProperties service;
+    oxQRPCClient client;
+    service.setClient(&client);
+    client.registerService(&service);
+    const QSignalSpy titles(&service, &WithProperties::titleChanged);
+    const QSignalSpy values(&service, &WithProperties::valueChanged);
+    const QSignalSpy sizes(&service, &WithProperties::resized);
+
+    WithPropertiesMain serviceMain;
+    MainThread main;
+    main.offer(&serviceMain);
+    QVERIFY(client.connectToHost(main.address()));
+    QVERIFY(client.waitForConnected(30000));
+    main.run([&] {
+        serviceMain.setProperty("title", QStringLiteral("Grüße"));
+        serviceMain.setProperty("value", QVariantList{1, QStringLiteral("two")});
+        serviceMain.setProperty("size", 4);
+    });
+    QTRY_COMPARE(sizes.count(), 1);
+    QCOMPARE(titles.count(), 1);
+    QCOMPARE(titles.value(0), QVariantList{QStringLiteral("Grüße")});
+    const QVariantList value{1, QStringLiteral("two")};
+    QCOMPARE(values.value(0).value(0).value<QVariant>(), QVariant(value));
+    QCOMPARE(service.locale(QLocale(QLocale::German, QLocale::Austria)), QLocale(QLocale::German, QLocale::Austria));
+    QVERIFY(client.isConnected());
 }
 
 void tst_oxQRPCServer::deletedServiceIsNoLongerOffered()

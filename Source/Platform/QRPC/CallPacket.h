@@ -9,13 +9,15 @@ struct CallPacket
 {
     explicit CallPacket(QDataStream &packet) { packet >> operation >> index >> arguments >> serial >> property; }
 
-    /// Whether it calls @p method, with the arguments that this takes.
-    bool isCallOf(const QMetaMethod &method) const
+    /// Whether it calls @p method, with the arguments that this takes. Variants come as variants in a
+    /// variant, or as they are where @p hasBareVariants, which a signal of a property of any type has.
+    bool isCallOf(const QMetaMethod &method, bool hasBareVariants = false) const
     {
         if (operation != QMetaObject::InvokeMetaMethod || arguments.size() != method.parameterCount())
             return false;
         for (int i = 0; i < arguments.size(); ++i) {
-            if (arguments.at(i).userType() != method.parameterType(i))
+            const int type = method.parameterType(i);
+            if (arguments.at(i).userType() != type && !(hasBareVariants && type == QMetaType::QVariant))
                 return false;
         }
         return true;

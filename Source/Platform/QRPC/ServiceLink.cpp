@@ -17,6 +17,8 @@ ServiceLink::ServiceLink(QObject *service, Receiver receiver, QObject *parent)
 
 ServiceLink::~ServiceLink() = default;
 
+// Not when it is initialized: the replica then signals the values of its properties, which nobody
+// changed, and whatever arguments their signals have.
 void ServiceLink::acquire(QRemoteObjectNode *node, const std::function<void()> &ready)
 {
     m_replica.reset(node->acquireDynamic(m_interfaceName));
@@ -27,7 +29,7 @@ void ServiceLink::acquire(QRemoteObjectNode *node, const std::function<void()> &
     if (m_replica->isInitialized()) // for another service of the same interface
         begin();
     else
-        connect(m_replica.get(), &QRemoteObjectReplica::initialized, this, begin);
+        connect(m_replica.get(), &QRemoteObjectReplica::notified, this, begin);
 }
 
 void ServiceLink::release()
@@ -40,7 +42,7 @@ bool ServiceLink::isReady() const
     return m_replica && m_replica->isReplicaValid();
 }
 
-const QObject *ServiceLink::replica() const
+const QRemoteObjectDynamicReplica *ServiceLink::replica() const
 {
     return m_replica.get();
 }

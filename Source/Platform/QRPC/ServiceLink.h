@@ -40,7 +40,7 @@ public:
     bool isReady() const;
 
     /// What stands for the object here, with its description; deleted when it is given back.
-    const QObject *replica() const;
+    const QRemoteObjectDynamicReplica *replica() const;
 
     /// Whether the main process's object has a slot of that signature.
     bool offers(const QByteArray &signature) const;

@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "CallPacket.h"
+#include "ObjectDescription.h"
 #include "PacketGate.h"
 #include "ServiceLink.h"
 #include "ServiceList.h"
@@ -48,24 +49,61 @@ void reportUnanswered(const QMetaMethod &method, const QByteArray &what)
     fprintf(stderr, "oxQRPCClient: %s from %s\n", what.constData(), fullName(method).constData());
 }
 
-bool isSignal(QDataStream &packet, const QMetaObject *object)
+bool isObjectList(QDataStream &packet)
 {
-    const CallPacket call(packet);
-    if (!object)
-        return true;
-    const QMetaMethod method = object->method(object->methodOffset() + call.index);
-    return call.index >= 0 && method.methodType() == QMetaMethod::Signal && call.isCallOf(method);
+    quint32 count = 0;
+    packet >> count;
+    for (; count > 0 && packet.status() == QDataStream::Ok; --count) {
+        QString name;
+        QString interface;
+        QByteArray signature;
+        packet >> name >> interface >> signature;
+    }
+    return true;
 }
 
-bool isPropertyChange(QDataStream &packet, const QMetaObject *object)
+bool isProperty(const QMetaObject *object, int index)
+{
+    return index >= 0 && index < object->propertyCount() - object->propertyOffset();
+}
+
+bool isMethod(const QMetaObject *object, int index)
+{
+    return index >= 0 && index < object->methodCount() - object->methodOffset();
+}
+
+bool isSignal(QDataStream &packet, const QObject *replica)
+{
+    const CallPacket call(packet);
+    if (!replica)
+        return true;
+    const QMetaObject *object = replica->metaObject();
+    if (!isMethod(object, call.index) || (call.property != -1 && !isProperty(object, call.property)))
+        return false;
+    const QMetaMethod method = object->method(object->methodOffset() + call.index);
+    return method.methodType() == QMetaMethod::Signal && call.isCallOf(method, true);
+}
+
+bool isReply(QDataStream &packet)
+{
+    qint32 serial = 0;
+    QVariant value;
+    packet >> serial >> value;
+    return true;
+}
+
+bool isPropertyChange(QDataStream &packet, const QObject *replica)
 {
     qint32 index = 0;
     QVariant value;
     packet >> index >> value;
-    if (!object)
+    if (!replica)
         return true;
-    const QMetaProperty property = object->property(object->propertyOffset() + index);
-    return index >= 0 && property.isValid() && value.userType() == property.userType();
+    const QMetaObject *object = replica->metaObject();
+    if (!isProperty(object, index))
+        return false;
+    const int type = object->property(object->propertyOffset() + index).userType();
+    return type == QMetaType::QVariant || value.userType() == type;
 }
 
 bool assignResult(int type, void *target, const QVariant &value)
@@ -193,26 +231,45 @@ void oxQRPCClient::acceptFrom(Socket *socket)
     connect(socket, &Socket::errorOccurred, this, &oxQRPCClient::retry);
 }
 
-// The node emits whatever a packet says, with the arguments that it has.
+// The node believes what the main process says.
 bool oxQRPCClient::isPermitted(quint16 type, QDataStream &packet) const
 {
-    if (type != PacketGate::Invoke && type != PacketGate::PropertyChange)
-        return type >= PacketGate::Handshake && type <= PacketGate::Pong;
-    QString name;
-    packet >> name;
-    const QMetaObject *object = descriptionOf(name); // null for a name that the node drops, after it read the rest
-    const bool isRight = type == PacketGate::Invoke ? isSignal(packet, object) : isPropertyChange(packet, object);
+    const bool isRight = type == PacketGate::ObjectList ? isObjectList(packet) : isPermittedForObject(type, packet);
     return isRight && packet.status() == QDataStream::Ok && packet.atEnd();
 }
 
-const QMetaObject *oxQRPCClient::descriptionOf(const QString &name) const
+bool oxQRPCClient::isPermittedForObject(quint16 type, QDataStream &packet) const
+{
+    QString name;
+    packet >> name;
+    const QRemoteObjectReplica *replica =
+        replicaOf(name); // null for a name that the node drops, after it read the rest
+    switch (type) {
+    case PacketGate::Handshake: // where the name is that of the protocol
+    case PacketGate::RemoveObject:
+    case PacketGate::Pong:
+        return true;
+    case PacketGate::InitDynamic: // a second one would change the object under those who are connected to it
+        return !(replica && replica->isInitialized()) && isObjectDescription(packet);
+    case PacketGate::Invoke:
+        return isSignal(packet, replica);
+    case PacketGate::InvokeReply:
+        return isReply(packet);
+    case PacketGate::PropertyChange:
+        return isPropertyChange(packet, replica);
+    default:
+        return false;
+    }
+}
+
+const QRemoteObjectReplica *oxQRPCClient::replicaOf(const QString &name) const
 {
     if (name == ServiceList::remoteName())
-        return m_serviceList->metaObject();
+        return m_serviceList.get();
     const auto link = std::find_if(m_links.cbegin(), m_links.cend(), [&name](const ServiceLink *l) {
         return l->isAcquired() && l->interfaceName() == name;
     });
-    return link == m_links.cend() ? nullptr : (*link)->replica()->metaObject();
+    return link == m_links.cend() ? nullptr : (*link)->replica();
 }
 
 // Descriptions of objects come from the main process, and after a restart they may be others: so
@@ -235,9 +292,12 @@ void oxQRPCClient::startSession()
     m_gate->start();
 }
 
+// The list's property is asked for by its index: by a name that it lacks, Qt takes the replica's
+// meta-object for one that makes properties.
 void oxQRPCClient::acquireServices()
 {
-    const QStringList offered = m_serviceList->property("names").toStringList();
+    const QMetaObject *list = m_serviceList->metaObject();
+    const QStringList offered = list->property(list->propertyOffset()).read(m_serviceList.get()).toStringList();
     for (ServiceLink *link : qAsConst(m_links)) {
         if (!offered.contains(link->interfaceName()))
             link->release(); // another object of that name may come

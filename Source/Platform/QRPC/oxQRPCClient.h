@@ -17,6 +17,7 @@ class QIODevice;
 class QRemoteObjectDynamicReplica;
 class QRemoteObjectNode;
 class QRemoteObjectPendingCall;
+class QRemoteObjectReplica;
 class ServiceLink;
 struct Emission;
 
@@ -116,7 +117,8 @@ private:
     void acceptFrom(Socket *socket);
     void startSession();
     bool isPermitted(quint16 type, QDataStream &packet) const;
-    const QMetaObject *descriptionOf(const QString &name) const;
+    bool isPermittedForObject(quint16 type, QDataStream &packet) const;
+    const QRemoteObjectReplica *replicaOf(const QString &name) const;
     void updateConnected();
     void announceConnection();
     void retry();

@@ -1,0 +1,141 @@
+#include "ObjectDescription.h"
+
+#include <QDataStream>
+#include <QMetaObject>
+#include <QVariant>
+#include <QVector>
+
+namespace {
+
+constexpr int maximumMemberCount = 10000;
+constexpr int maximumNameSize = 1000; // Qt follows the brackets of templates by recursion
+
+class DescriptionReader
+{
+public:
+    explicit DescriptionReader(QDataStream &packet)
+        : m_packet(packet)
+    {}
+
+    // In the order of the packet.
+    bool read()
+    {
+        return readInterface() && readGadgets() && readSignals() && readMethods() && readProperties() && readValues();
+    }
+
+private:
+    template<class T>
+    T next()
+    {
+        T value{};
+        m_packet >> value;
+        return value;
+    }
+
+    /// As many items as their count says; nothing makes room for them before they are there.
+    template<class ReadItem>
+    bool readList(const ReadItem &readItem)
+    {
+        for (auto count = next<quint32>(); count > 0; --count) {
+            if (!readItem() || m_packet.status() != QDataStream::Ok)
+                return false;
+        }
+        return m_packet.status() == QDataStream::Ok;
+    }
+
+    bool readName() { return next<QByteArray>().size() <= maximumNameSize; }
+
+    bool readSignature()
+    {
+        const auto signature = next<QByteArray>();
+        return ++m_memberCount <= maximumMemberCount && signature.size() <= maximumNameSize && signature.contains('(')
+            && signature.endsWith(')') && signature == QMetaObject::normalizedSignature(signature.constData());
+    }
+
+    bool readParameterNames()
+    {
+        return readList([this] { return readName(); });
+    }
+
+    bool readInterface()
+    {
+        const auto name = next<QString>();
+        const auto ownEnumerations = next<quint32>();
+        const auto otherEnumerations = next<quint32>();
+        return name.size() <= maximumNameSize && ownEnumerations == 0 && otherEnumerations == 0;
+    }
+
+    // Types with a meta-object, of arguments and results. Their description counts where they are
+    // not registered.
+    bool readGadgets()
+    {
+        return readList([this] {
+            const auto name = next<QByteArray>();
+            return name.size() <= maximumNameSize && QMetaType::type(name) != QMetaType::UnknownType
+                && readList([this] { return readName() && readName(); }) // property and type
+                && readList([this] { return readEnumeration(); });
+        });
+    }
+
+    bool readEnumeration()
+    {
+        const bool isNamed = readName();
+        next<bool>();    // whether it is a flag
+        next<bool>();    // or a class
+        next<quint32>(); // its size
+        return isNamed && readList([this] {
+                   const bool hasKey = readName();
+                   next<qint32>();
+                   return hasKey;
+               });
+    }
+
+    bool readSignals()
+    {
+        return readList([this] { return readSignature() && readParameterNames(); });
+    }
+
+    bool readMethods()
+    {
+        return readList([this] { return readSignature() && readName() && readParameterNames(); });
+    }
+
+    bool readProperties()
+    {
+        return readList([this] {
+            const bool isNamed = readName();
+            const auto typeName = next<QByteArray>();
+            const bool isNotifierNamed = readName();
+            if (!isNamed || !isNotifierNamed || typeName.size() > maximumNameSize
+                || ++m_memberCount > maximumMemberCount)
+                return false;
+            m_propertyTypes.append(QMetaType::type(typeName));
+            return m_propertyTypes.last() != QMetaType::UnknownType
+                && !QMetaType::typeFlags(m_propertyTypes.last()).testFlag(QMetaType::PointerToQObject);
+        });
+    }
+
+    bool readValues()
+    {
+        const int count = int(next<quint32>());
+        if (count != m_propertyTypes.size())
+            return false;
+        for (const int type : qAsConst(m_propertyTypes)) {
+            const auto value = next<QVariant>();
+            if (type != QMetaType::QVariant && value.userType() != type)
+                return false;
+        }
+        return m_packet.status() == QDataStream::Ok;
+    }
+
+    QDataStream &m_packet;
+    int m_memberCount = 0;
+    QVector<int> m_propertyTypes;
+};
+
+} // namespace
+
+bool isObjectDescription(QDataStream &packet)
+{
+    return DescriptionReader(packet).read();
+}

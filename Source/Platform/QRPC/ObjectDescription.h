@@ -1,0 +1,11 @@
+#pragma once
+
+class QDataStream;
+
+/// Reads what a packet of the type InitDynamic says after the name of the object: what it looks like,
+/// and the values of its properties. Returns whether Qt Remote Objects can make a replica of it: it
+/// follows what is said there, registers the types, and makes room for the counts.
+///
+/// Limits: 10,000 signals, methods and properties, names of 1,000 bytes. Types of properties, and
+/// types with a meta-object of their own, have to be known here; enumerations do not travel.
+bool isObjectDescription(QDataStream &packet);
