@@ -4,8 +4,6 @@
 
 #include <QTemporaryFile>
 
-#include <utility>
-
 // All that is done with the text of a large plugin before Python gets it: beside reading and
 // decoding it. The size is in megabytes.
 
@@ -43,11 +41,10 @@ QString readAndDecode(QFile *file)
 
 QString prepare(QFile *file)
 {
-    QString text = readPluginText(file);
-    file->seek(0);
-    if (!detectBindings(file).usesPySide2)
+    const QByteArray source = file->readAll();
+    if (!detectBindings(source).usesPySide2)
         return QString();
-    return rewriteForPySide2(std::move(text));
+    return rewriteForPySide2(pluginText(source));
 }
 
 void pluginText(benchmark::State &state, QString (*read)(QFile *))

@@ -265,17 +265,17 @@ bool runPluginFile(const QString &path, PythonQtObjectPtr *module)
         fprintf(stderr, "Couldn't load '%s' plugin!\n", path.toUtf8().constData());
         return false;
     }
-    QString text = readPluginText(&file);
-    file.seek(0);
-    const oxPluginBindings bindings = detectBindings(&file);
-    printf("PythonQt: %s PySide2: %s\n", yesOrNo(bindings.usesPythonQt), yesOrNo(bindings.usesPySide2));
+    const QByteArray source = file.readAll();
     file.close();
+    const oxPluginBindings bindings = detectBindings(source);
+    printf("PythonQt: %s PySide2: %s\n", yesOrNo(bindings.usesPythonQt), yesOrNo(bindings.usesPySide2));
 
     if (bindings.usesPythonQt && bindings.usesPySide2) {
         fprintf(stderr, "Couldn't load plugin '%s', it seems to use PythonQt annd PySide2!\n",
                 path.toUtf8().constData());
         return false;
     }
+    QString text = pluginText(source);
     if (bindings.usesPySide2)
         text = rewriteForPySide2(std::move(text));
     evalStatements(module, text);

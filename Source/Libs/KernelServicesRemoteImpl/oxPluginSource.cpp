@@ -1,7 +1,5 @@
 #include "oxPluginSource.h"
 
-#include <QByteArray>
-#include <QIODevice>
 #include <QStringMatcher>
 #include <QVector>
 
@@ -9,8 +7,6 @@
 #include <string_view>
 
 namespace {
-
-constexpr qint64 blockSize = 1 << 18;
 
 // Looks at each line with the name once, and at no other.
 bool hasImportOf(std::string_view binding, std::string_view text)
@@ -50,35 +46,17 @@ void replaceAll(QString *text, const QString &before, const QString &after)
 
 } // namespace
 
-QString readPluginText(QIODevice *device)
+QString pluginText(const QByteArray &source)
 {
-    return QString::fromUtf8(device->readAll().constData());
+    return QString::fromUtf8(source.constData());
 }
 
-oxPluginBindings detectBindings(QIODevice *device)
+oxPluginBindings detectBindings(const QByteArray &source)
 {
-    oxPluginBindings bindings;
-    const auto look = [&bindings](const QByteArray &lines) {
-        const std::string_view text(lines.constData(), size_t(lines.size()));
-        bindings.usesPythonQt |= hasImportOf("PythonQt", text);
-        bindings.usesPySide2 |= hasImportOf("PySide2", text);
-    };
-
-    QByteArray block = device->read(blockSize);
-    if (block.startsWith("\xef\xbb\xbf"))
-        block.remove(0, 3); // a byte order mark
-    QByteArray lines;
-    while (!block.isEmpty()) {
-        const int complete = block.lastIndexOf('\n') + 1;
-        if (complete > 0) {
-            look(lines + block.left(complete));
-            lines.clear();
-        }
-        lines += block.mid(complete);
-        block = device->read(blockSize);
-    }
-    look(lines);
-    return bindings;
+    std::string_view text(source.constData(), size_t(source.size()));
+    if (source.startsWith("\xef\xbb\xbf"))
+        text.remove_prefix(3); // a byte order mark
+    return {hasImportOf("PythonQt", text), hasImportOf("PySide2", text)};
 }
 
 QString rewriteForPySide2(QString text)
