@@ -382,7 +382,7 @@ void tst_hostileStreams::secondaryProcessEndsAConnectionThatIsNoMainProcess_data
     addDescription("endless enumerations of a type", &Description::gadgets,
                    bytesOf(1, QByteArray("QLocale"), 0, endless));
     addDescription("endless signals", &Description::signalList, bytesOf(endless));
-    addDescription("signal without parentheses", &Description::signalList, signatures({"emptied"}));
+    addDescription("signal without parentheses", &Description::signalList, signatures({"emptied)"}));
     addDescription("signal without an end", &Description::signalList, signatures({"emptied(int"}));
     addDescription("signal that nobody writes so", &Description::signalList, signatures({"emptied( int )"}));
     addDescription("signal of a million brackets", &Description::signalList,

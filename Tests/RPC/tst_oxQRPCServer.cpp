@@ -167,6 +167,7 @@ private Q_SLOTS:
     void privateSlotsAreNotCalled();
     void signalsOfPropertiesTravel();
     void deletedServiceIsNoLongerOffered();
+    void connectionThatDoesNotReadIsEnded();
     void endedConnectionsAreDropped();
     void clientsThatCameAndWentAreDropped();
     void serverEndsItsConnections();
@@ -415,6 +416,41 @@ void tst_oxQRPCServer::deletedServiceIsNoLongerOffered()
         return sum == 3;
     };
     QTRY_VERIFY(isThere());
+}
+
+void tst_oxQRPCServer::connectionThatDoesNotReadIsEnded()
+{
+    oxQRPCServer server;
+    EchoServiceMain echoMain;
+    server.registerService(&echoMain);
+    QVERIFY(server.listen(sessionAddress()));
+    EchoService echo;
+    oxQRPCClient client;
+    client.registerService(&echo);
+    QVERIFY(client.connectToHost(sessionAddress()));
+    QVERIFY(client.waitForConnected(30000));
+    const QSignalSpy notes(&echo, &EchoService::noted);
+
+    QLocalSocket socket;
+    socket.setReadBufferSize(1);
+    socket.connectToServer(sessionAddress().path());
+    QVERIFY(socket.waitForConnected());
+    QTRY_COMPARE(connections(server), 2);
+    QByteArray request;
+    QDataStream(&request, QIODevice::WriteOnly) << quint16(4) << QStringLiteral("EchoService") << true;
+    QDataStream(&socket).writeBytes(request.constData(), uint(request.size()));
+    QTRY_COMPARE(socket.bytesToWrite(), 0);
+    constexpr int count = 160;
+    const QString twoMegabytes(1 << 20, QLatin1Char('x'));
+    const QByteArray lines = outputOf([&] {
+                                 for (int i = 0; i < count; ++i) {
+                                     Q_EMIT echoMain.noted(twoMegabytes);
+                                     QTRY_COMPARE(notes.count(), i + 1);
+                                 }
+                                 QTRY_COMPARE(connections(server), 1);
+                             }).standardError;
+    QCOMPARE(lines, QByteArray("oxQRPCServer: a connection does not read what it is sent, it was ended\n"));
+    QVERIFY(client.isConnected());
 }
 
 void tst_oxQRPCServer::endedConnectionsAreDropped()

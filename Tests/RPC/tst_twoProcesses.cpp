@@ -90,6 +90,7 @@ class tst_twoProcesses : public QObject
 private Q_SLOTS:
     void mainProcessIsKilledInTheMiddleOfACall();
     void mainProcessThatIsStopped();
+    void mainProcessThatIsStoppedLosesAConnectionWithTooManyCalls();
     void mainProcessThatIsBlocked();
     void windowLivesWhileACallWaits();
     void mainProcessStartsLater();
@@ -142,6 +143,26 @@ void tst_twoProcesses::mainProcessThatIsStopped()
     };
     QTRY_VERIFY_WITH_TIMEOUT(answers(), patience);
     QVERIFY(secondary.client.isConnected());
+}
+
+void tst_twoProcesses::mainProcessThatIsStoppedLosesAConnectionWithTooManyCalls()
+{
+    MainProcess main(sessionAddress());
+    Secondary secondary(main.address());
+    QVERIFY(secondary.isConnected());
+    main.stop();
+    const QString twoMegabytes(1 << 20, QLatin1Char('x'));
+    const QByteArray lines = outputOf([&] {
+                                 for (int i = 0; i < 150; ++i)
+                                     secondary.echo.note(twoMegabytes);
+                                 QTRY_VERIFY(!secondary.client.isConnected());
+                             }).standardError;
+    QCOMPARE(lines,
+             QByteArray("oxQRPCClient: the main process does not read what it is sent, the connection was ended\n"));
+
+    main.goOn();
+    QVERIFY(secondary.client.waitForConnected(patience));
+    QCOMPARE(secondary.echo.sum(1, 2), 3);
 }
 
 void tst_twoProcesses::mainProcessThatIsBlocked()

@@ -14,6 +14,7 @@ namespace {
 constexpr int lengthSize = sizeof(quint32);
 constexpr quint32 minimumLength = sizeof(quint16); // the type
 constexpr quint32 maximumLength = 1 << 28;
+constexpr qint64 maximumUnread = 1 << 28;
 
 } // namespace
 
@@ -50,14 +51,20 @@ qint64 PacketGate::readData(char *data, qint64 size)
     return count;
 }
 
+// Ends the connection later: the host goes through its connections while it writes to one.
 qint64 PacketGate::writeData(const char *data, qint64 size)
 {
+    if (m_hasOverflowed)
+        return size;
     const qint64 count = m_socket->write(data, size);
     // At once: a slot may signal for long before it returns to the event loop.
     if (auto *localSocket = qobject_cast<QLocalSocket *>(m_socket))
         localSocket->flush();
     else if (auto *tcpSocket = qobject_cast<QTcpSocket *>(m_socket))
         tcpSocket->flush();
+    m_hasOverflowed = m_socket->bytesToWrite() > maximumUnread;
+    if (m_hasOverflowed)
+        QMetaObject::invokeMethod(this, &PacketGate::endConnection, Qt::QueuedConnection);
     return count;
 }
 

@@ -6,7 +6,8 @@
 #include <functional>
 
 /// Stands between a socket and Qt Remote Objects, which believes whatever it reads: lets packets
-/// through one by one, when they are whole and a check agrees. Anything else ends the connection.
+/// through one by one, when they are whole and a check agrees. Anything else ends the connection, and
+/// so does another side that leaves 256 MB unread.
 class PacketGate : public QIODevice
 {
     Q_OBJECT
@@ -34,6 +35,8 @@ public:
 
     /// Whether it was ended here, by something that is no packet.
     bool hasRefused() const { return m_hasRefused; }
+    /// Whether it was ended here, because too much is unread.
+    bool hasOverflowed() const { return m_hasOverflowed; }
 
     /// Lets through what came so far. The reader calls it when it is ready.
     void start();
@@ -66,5 +69,6 @@ private:
     bool m_isBusy = false;
     bool m_isOverread = false;
     bool m_hasRefused = false;
+    bool m_hasOverflowed = false;
     bool m_hasEnded = false;
 };

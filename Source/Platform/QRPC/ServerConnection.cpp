@@ -28,6 +28,8 @@ ServerConnection::ServerConnection(QIODevice *socket, ServiceList *list, const Q
     connect(&m_gate, &PacketGate::ended, this, [this] {
         if (m_gate.hasRefused())
             fprintf(stderr, "oxQRPCServer: what a connection sent is no call, it was ended\n");
+        if (m_gate.hasOverflowed())
+            fprintf(stderr, "oxQRPCServer: a connection does not read what it is sent, it was ended\n");
         deleteLater();
     });
     m_host.addHostSideConnection(&m_gate);

@@ -330,6 +330,8 @@ void oxQRPCClient::retry()
         m_hasComplained = true;
         fprintf(stderr, "oxQRPCClient: what answers at %s is no main process\n", qPrintable(m_address.toString()));
     }
+    if (m_gate && m_gate->hasOverflowed())
+        fprintf(stderr, "oxQRPCClient: the main process does not read what it is sent, the connection was ended\n");
     m_retry.start(retryInterval);
     loseConnection();
 }

@@ -29,7 +29,11 @@ struct Emission;
 /// A main process that is not there yet is waited for, and one that went is waited for again, in
 /// the background, for as long as the client exists. One that sends what is none of Qt Remote
 /// Objects' packets is given up, and waited for, as well; standard error gets one line for each
-/// connectToHost(): "oxQRPCClient: what answers at local:name is no main process".
+/// connectToHost(): "oxQRPCClient: what answers at local:name is no main process". That is also one
+/// that describes a service with types that are not registered here.
+///
+/// A main process that leaves 256 MB of calls unread is connected to anew, and the calls are lost:
+/// "oxQRPCClient: the main process does not read what it is sent, the connection was ended".
 ///
 /// A call of an operation with a result waits for it in an event loop: timers and painting go on,
 /// signals of the main process are emitted, and what the user does is kept until the call has

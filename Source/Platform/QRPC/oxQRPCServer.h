@@ -16,9 +16,11 @@ class ServiceList;
 ///
 /// A local socket is open to the user alone, and who may connect over TCP may call everything. What
 /// is no call, with the arguments that the slot takes, ends its connection and gives one line on
-/// standard error: "oxQRPCServer: what a connection sent is no call, it was ended". Nothing is done
+/// standard error: "oxQRPCServer: what a connection sent is no call, it was ended". A packet is 256 MB
+/// at most. A secondary process that leaves 256 MB unread, because it is stopped, loses its connection
+/// too: "oxQRPCServer: a connection does not read what it is sent, it was ended". Nothing is done
 /// against a peer that means harm with calls: that sends without end, or lists within lists deep
-/// enough for the stack. A packet is 256 MB at most.
+/// enough for the stack.
 ///
 /// One thread only. A slot may process events, also in a loop of its own: other secondary processes
 /// are served meanwhile, the one that called is served again when the slot has returned.
