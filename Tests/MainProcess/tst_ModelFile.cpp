@@ -21,6 +21,14 @@ bool goOn(int)
     return true;
 }
 
+QStringList namesOf(const QVector<Scene::Material> &materials)
+{
+    QStringList names;
+    for (const Scene::Material &material : materials)
+        names.append(material.name);
+    return names;
+}
+
 } // namespace
 
 /// Model files, read and written in this process.
@@ -37,6 +45,7 @@ private Q_SLOTS:
     void unnamedNodeHasTheNameOfItsFile();
     void otherFormatIsReadToo();
     void missingMaterialsDoNotMatter();
+    void materialsOfNothingAreLeftOut();
     void placesThatAreNoNumbersAreInTheMiddle();
     void fileIsNeitherAPipeNorADevice_data();
     void fileIsNeitherAPipeNorADevice();
@@ -160,6 +169,16 @@ void tst_ModelFile::missingMaterialsDoNotMatter()
     const Scene::Model model = read(write("two.obj", twoTriangles));
     QCOMPARE(model.nodes.size(), 2);
     QVERIFY(model.materials.value(int(model.nodes.first().material)).color.isValid());
+}
+
+// A file has some that nothing is made of, and the reader of OBJ files adds one of its own.
+void tst_ModelFile::materialsOfNothingAreLeftOut()
+{
+    write("colours.mtl", "newmtl Green\nKd 0 1 0\n" + colours);
+    const Scene::Model model = read(write("two.obj", twoTriangles + "o Points\nusemtl Green\np 1 2 3\n"));
+    QCOMPARE(namesOf(model.materials), QStringList({"Red", "Blue"}));
+    QCOMPARE(model.nodes.at(0).material, Scene::Id(0));
+    QCOMPARE(model.nodes.at(1).material, Scene::Id(1));
 }
 
 void tst_ModelFile::placesThatAreNoNumbersAreInTheMiddle()
@@ -299,6 +318,7 @@ void tst_ModelFile::exampleIsWorthALook()
     }
     QCOMPARE(triangles, size_t(20000));
     QCOMPARE(names, QStringList({"Vase", "Inside", "Rope"}));
+    QCOMPARE(namesOf(model.materials), QStringList({"Glaze", "Clay", "Rope"}));
 }
 
 QTEST_GUILESS_MAIN(tst_ModelFile)

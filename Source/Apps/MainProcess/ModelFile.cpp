@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 
 #include <assimp/DefaultIOSystem.h>
 #include <assimp/Exporter.hpp>
@@ -134,8 +135,7 @@ struct Place
 Scene::Model convert(const aiScene &source, const QString &name)
 {
     Scene::Model model;
-    for (unsigned i = 0; i < source.mNumMaterials; ++i)
-        model.materials.append(convert(*source.mMaterials[i]));
+    QHash<unsigned, int> materials; // those that something is made of: files and readers have others, too
     std::vector<MeshPointer> meshes;
     for (unsigned i = 0; i < source.mNumMeshes; ++i)
         meshes.push_back(convert(*source.mMeshes[i]));
@@ -154,10 +154,15 @@ Scene::Model convert(const aiScene &source, const QString &name)
             const unsigned index = place.node->mMeshes[i];
             if (!meshes[index])
                 continue;
+            const unsigned material = source.mMeshes[index]->mMaterialIndex;
+            if (!materials.contains(material)) {
+                materials.insert(material, model.materials.size());
+                model.materials.append(convert(*source.mMaterials[material]));
+            }
             const QStringList names{text(place.node->mName), text(source.mMeshes[index]->mName), name};
             Scene::Node node;
             node.name = *std::find_if(names.cbegin(), names.cend(), [](const QString &n) { return !n.isEmpty(); });
-            node.material = source.mMeshes[index]->mMaterialIndex;
+            node.material = static_cast<Scene::Id>(materials.value(material));
             node.mesh = meshes[index];
             node.transform = place.transform;
             model.nodes.append(node);
