@@ -4,6 +4,7 @@
 #include <QPushButton>
 #include <QtTest>
 
+#include "DesignerForm.h"
 #include "OutputCapture.h"
 #include "PluginHost.h"
 
@@ -29,25 +30,6 @@ private:
     PluginHost *m_host = nullptr;
 };
 
-namespace {
-
-QByteArray form(const QByteArray &topWidget)
-{
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ui version=\"4.0\">\n <class>Form</class>\n"
-           " <widget class=\""
-        + topWidget
-        + "\" name=\"Form\">\n"
-          "  <property name=\"windowTitle\"><string>A title</string></property>\n"
-          "  <layout class=\"QVBoxLayout\" name=\"column\">\n"
-          "   <item><widget class=\"QPushButton\" name=\"button\">"
-          "<property name=\"text\"><string>Press</string></property></widget></item>\n"
-          "   <item><widget class=\"QGroupBox\" name=\"box\"><layout class=\"QVBoxLayout\" name=\"inner\">"
-          "<item><widget class=\"QLabel\" name=\"label\"/></item></layout></widget></item>\n"
-          "  </layout>\n </widget>\n</ui>\n";
-}
-
-} // namespace
-
 void tst_uiTools::initTestCase()
 {
     m_host = new PluginHost; // never deleted: Python's wrappers may outlive it
@@ -61,7 +43,7 @@ void tst_uiTools::init()
 
 void tst_uiTools::formFillsTheWidgetAndNamesItsChildren()
 {
-    m_host->write(QStringLiteral("panel.ui"), form("QWidget"));
+    m_host->write(QStringLiteral("panel.ui"), designerForm("QWidget"));
     m_host->write(QStringLiteral("Panel.py"),
                   "from PythonQt import QtGui\n"
                   "import uiTools\n"
@@ -96,7 +78,7 @@ void tst_uiTools::baseIsTheClassOfTheTopWidget_data()
 void tst_uiTools::baseIsTheClassOfTheTopWidget()
 {
     QFETCH(QByteArray, topWidget);
-    m_host->write(QStringLiteral("panel.ui"), form(topWidget));
+    m_host->write(QStringLiteral("panel.ui"), designerForm(topWidget));
     m_host->write(QStringLiteral("Panel.py"),
                   "import uiTools\n"
                   "Form, Base = uiTools.loadUiType('panel.ui')\n"
@@ -112,7 +94,7 @@ void tst_uiTools::baseIsTheClassOfTheTopWidget()
 
 void tst_uiTools::relativeFileIsLookedUpInThePluginsFolder()
 {
-    m_host->write(QStringLiteral("deep/panel.ui"), form("QFrame"));
+    m_host->write(QStringLiteral("deep/panel.ui"), designerForm("QFrame"));
     m_host->write(QStringLiteral("deep/Panel.py"),
                   "import uiTools\n"
                   "Form, Base = uiTools.loadUiType('panel.ui')\n");
@@ -123,7 +105,7 @@ void tst_uiTools::relativeFileIsLookedUpInThePluginsFolder()
 
 void tst_uiTools::relativeFileIsFoundAfterTheFolderChanged()
 {
-    m_host->write(QStringLiteral("panel.ui"), form("QWidget"));
+    m_host->write(QStringLiteral("panel.ui"), designerForm("QWidget"));
     m_host->write(QStringLiteral("Panel.py"),
                   "from PythonQt import QtGui\n"
                   "import os, uiTools\n"
@@ -138,16 +120,7 @@ void tst_uiTools::relativeFileIsFoundAfterTheFolderChanged()
 
 void tst_uiTools::badFilesGiveOneClearError_data()
 {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QByteArray>("error");
-
-    QTest::newRow("missing") << QByteArray() << QByteArray("IOError: [Errno 2] No such file or directory: '%1'");
-    QTest::newRow("not XML") << QByteArray("panel\n")
-                             << QByteArray("ValueError: %1: no Designer file: syntax error: line 1, column 0");
-    QTest::newRow("other XML") << QByteArray("<html/>\n")
-                               << QByteArray("ValueError: %1: no Designer file: it has no top widget");
-    QTest::newRow("unknown class") << form("Gadget")
-                                   << QByteArray("ValueError: %1: there is no class 'Gadget' in PythonQt.QtGui");
+    addBadDesignerFiles("PythonQt.QtGui");
 }
 
 void tst_uiTools::badFilesGiveOneClearError()

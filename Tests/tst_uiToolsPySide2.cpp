@@ -11,6 +11,7 @@
 
 #include <new>
 
+#include "DesignerForm.h"
 #include "OutputCapture.h"
 
 /// The half of the Python module uiTools that is for plugins with PySide2.
@@ -46,22 +47,6 @@ private:
 };
 
 namespace {
-
-QByteArray form(const QByteArray &topWidget)
-{
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ui version=\"4.0\">\n <class>Form</class>\n"
-           " <widget class=\""
-        + topWidget
-        + "\" name=\"Form\">\n"
-          "  <property name=\"windowTitle\"><string>A title</string></property>\n"
-          "  <layout class=\"QVBoxLayout\" name=\"column\">\n"
-          "   <item><widget class=\"QPushButton\" name=\"button\">"
-          "<property name=\"text\"><string>Press</string></property></widget></item>\n"
-          "   <item><widget class=\"QGroupBox\" name=\"box\"><layout class=\"QVBoxLayout\" name=\"inner\">"
-          "<item><widget class=\"QLabel\" name=\"label\"/></item>"
-          "<item><widget class=\"QLineEdit\" name=\"size\"/></item></layout></widget></item>\n"
-          "  </layout>\n </widget>\n</ui>\n";
-}
 
 const QByteArray panel("from PySide2 import QtCore, QtWidgets\n"
                        "import os, shiboken2, uiTools\n"
@@ -112,7 +97,8 @@ QVariant tst_uiToolsPySide2::value(const char *expression) const
 
 void tst_uiToolsPySide2::formBecomesTheWidgetsOwn()
 {
-    m_host->write(QStringLiteral("panel.ui"), form("QWidget"));
+    m_host->write(QStringLiteral("panel.ui"),
+                  designerForm("QWidget", "<item><widget class=\"QLineEdit\" name=\"size\"/></item>"));
     const Output output = load(panel
                                + "panel = Panel()\n"
                                  "TARNPluginWidget.layout().addWidget(panel)\n");
@@ -131,7 +117,7 @@ void tst_uiToolsPySide2::formBecomesTheWidgetsOwn()
 
 void tst_uiToolsPySide2::formFillsAnotherWidget()
 {
-    m_host->write(QStringLiteral("panel.ui"), form("QWidget"));
+    m_host->write(QStringLiteral("panel.ui"), designerForm("QWidget"));
     const Output output = load("import PySide2, uiTools\n"
                                "form = uiTools.loadUiType('panel.ui')[0]()\n"
                                "form.setupUi(TARNPluginWidget)\n"
@@ -145,7 +131,7 @@ void tst_uiToolsPySide2::formFillsAnotherWidget()
 
 void tst_uiToolsPySide2::formFillsEachOfManyPanels()
 {
-    m_host->write(QStringLiteral("panel.ui"), form("QFrame"));
+    m_host->write(QStringLiteral("panel.ui"), designerForm("QFrame"));
     const Output output = load(panel
                                + "for i in range(100):\n"
                                  "    panel = Panel()\n"
@@ -174,7 +160,7 @@ void tst_uiToolsPySide2::baseIsTheClassOfTheTopWidget_data()
 void tst_uiToolsPySide2::baseIsTheClassOfTheTopWidget()
 {
     QFETCH(QByteArray, topWidget);
-    m_host->write(QStringLiteral("panel.ui"), form(topWidget));
+    m_host->write(QStringLiteral("panel.ui"), designerForm(topWidget));
     QCOMPARE(load(panel + "panel = Panel()\nTARNPluginWidget.layout().addWidget(panel)\n").standardError, QByteArray());
 
     QCOMPARE(value("Base is getattr(QtWidgets, Base.__name__)"), QVariant(true));
@@ -185,7 +171,7 @@ void tst_uiToolsPySide2::baseIsTheClassOfTheTopWidget()
 
 void tst_uiToolsPySide2::relativeFileIsFoundAfterTheFolderChanged()
 {
-    m_host->write(QStringLiteral("deep/panel.ui"), form("QWidget"));
+    m_host->write(QStringLiteral("deep/panel.ui"), designerForm("QWidget"));
     m_host->write(QStringLiteral("deep/Panel.py"), panel + "os.chdir('/')\npanel = Panel()\n");
     QCOMPARE(outputOf([this] { m_host->scan(); }).standardError, QByteArray());
     QCOMPARE(value("panel.button.text()"), QVariant(QStringLiteral("Press")));
@@ -193,17 +179,8 @@ void tst_uiToolsPySide2::relativeFileIsFoundAfterTheFolderChanged()
 
 void tst_uiToolsPySide2::badFilesGiveOneClearError_data()
 {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QByteArray>("error");
-
-    QTest::newRow("missing") << QByteArray() << QByteArray("IOError: [Errno 2] No such file or directory: '%1'");
-    QTest::newRow("not XML") << QByteArray("panel\n")
-                             << QByteArray("ValueError: %1: no Designer file: syntax error: line 1, column 0");
-    QTest::newRow("other XML") << QByteArray("<html/>\n")
-                               << QByteArray("ValueError: %1: no Designer file: it has no top widget");
-    QTest::newRow("unknown class") << form("Gadget")
-                                   << QByteArray("ValueError: %1: there is no class 'Gadget' in PySide2.QtWidgets");
-    QTest::newRow("other version") << form("QWidget").replace("4.0", "3.0") << QByteArray("ValueError: %1: ");
+    addBadDesignerFiles("PySide2.QtWidgets");
+    QTest::newRow("other version") << designerForm("QWidget").replace("4.0", "3.0") << QByteArray("ValueError: %1: ");
 }
 
 void tst_uiToolsPySide2::badFilesGiveOneClearError()
