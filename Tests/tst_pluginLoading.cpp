@@ -778,10 +778,7 @@ void tst_pluginLoading::hundredReloadsLeaveOnePanel()
 void tst_pluginLoading::fortyThousandConnectionsOfReloadsWork()
 {
     QObject sender;
-    {
-        const InterpreterLock lock;
-        oxKernelInterface::the()->getPythonEngine()->addObject(QStringLiteral("sender"), &sender);
-    }
+    PluginHost::bind(QStringLiteral("sender"), &sender);
     PluginHost::run(QStringLiteral("called = []"));
     const QString path = m_host.write(QStringLiteral("Plugin.py"),
                                       "import __main__\n"
@@ -806,10 +803,7 @@ void tst_pluginLoading::fortyThousandConnectionsOfReloadsWork()
 void tst_pluginLoading::handlersAreNotMixedUpAfterManyConnections()
 {
     QObject sender;
-    {
-        const InterpreterLock lock;
-        oxKernelInterface::the()->getPythonEngine()->addObject(QStringLiteral("sender"), &sender);
-    }
+    PluginHost::bind(QStringLiteral("sender"), &sender);
     PluginHost::run(QStringLiteral("called = []\n"
                                    "signal = 'objectNameChanged(QString)'\n"
                                    "def first(name): called.append('first')\n"
@@ -829,10 +823,7 @@ void tst_pluginLoading::handlersAreNotMixedUpAfterManyConnections()
 void tst_pluginLoading::handlerThatDisconnectsItself()
 {
     QObject sender;
-    {
-        const InterpreterLock lock;
-        oxKernelInterface::the()->getPythonEngine()->addObject(QStringLiteral("sender"), &sender);
-    }
+    PluginHost::bind(QStringLiteral("sender"), &sender);
     PluginHost::run(QStringLiteral("called = []\n"
                                    "signal = 'objectNameChanged(QString)'\n"
                                    "def connectOnce():\n"

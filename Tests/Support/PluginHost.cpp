@@ -97,6 +97,12 @@ void PluginHost::run(const QString &statements)
     evaluateInModule(oxKernelInterface::the()->getPythonEngine(), statements, Py_file_input);
 }
 
+void PluginHost::bind(const QString &name, QObject *object)
+{
+    const InterpreterLock lock;
+    oxKernelInterface::the()->getPythonEngine()->addObject(name, object);
+}
+
 QMenu *PluginHost::menu(const QString &title) const
 {
     const auto menus = window.menuBar()->findChildren<QMenu *>();

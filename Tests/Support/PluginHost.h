@@ -45,6 +45,8 @@ public:
     QVariant evaluateIn(const QString &pluginKey, const QString &expression) const;
     /// Runs statements in __main__.
     static void run(const QString &statements);
+    /// Gives __main__ a name for the object, which Python does not keep alive.
+    static void bind(const QString &name, QObject *object);
 
     QMenu *menu(const QString &title) const;
     QAction *entry(const QString &moduleName) const;
