@@ -1,3 +1,4 @@
+#include <QColorDialog>
 #include <QComboBox>
 #include <QDir>
 #include <QDockWidget>
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 
 #include "MainProcess.h"
 #include "MainThread.h"
@@ -51,9 +53,17 @@ Widget *withText(const QWidget *parent, const QString &text)
 class MaterialsMain : public oxMaterialService
 {
 public:
-    QList<oxdMaterial> getMaterials() override { return {oxdMaterial(1), oxdMaterial(2)}; }
+    QList<oxdMaterial> getMaterials() override
+    {
+        ++calls;
+        QList<oxdMaterial> materials;
+        for (int i = 0; i < m_colors.size(); ++i)
+            materials.append(oxdMaterial(static_cast<unsigned long long>(i) + 1));
+        return materials;
+    }
     QStringList getNames(const QList<oxdMaterial> &materials) override
     {
+        ++calls;
         QStringList names;
         for (const oxdMaterial &material : materials)
             names.append(material.objectId() == 1 ? QStringLiteral("Body") : QStringLiteral("Floor"));
@@ -61,9 +71,12 @@ public:
     }
     QVariantList getColors(const QList<oxdMaterial> &materials) override
     {
+        ++calls;
         QVariantList colors;
         for (const oxdMaterial &material : materials)
             colors.append(m_colors.at(int(material.objectId()) - 1));
+        if (changesAsItAnswers.exchange(false))
+            paint(0, Qt::cyan);
         return colors;
     }
     void setColor(const QList<oxdMaterial> &materials, const QColor &color) override
@@ -77,6 +90,14 @@ public:
         m_colors[index] = color;
         Q_EMIT materialsChanged();
     }
+    void removeLast()
+    {
+        m_colors.removeLast();
+        Q_EMIT materialsChanged();
+    }
+
+    std::atomic<int> calls = 0;
+    std::atomic<bool> changesAsItAnswers = false;
 
 private:
     QVector<QColor> m_colors{Qt::red, Qt::green};
@@ -85,7 +106,12 @@ private:
 class CameraMain : public oxCameraService
 {
 public:
-    void orbit(double byAzimuth, double) override { azimuth = azimuth + byAzimuth; }
+    void orbit(double byAzimuth, double byElevation) override
+    {
+        azimuth = azimuth + byAzimuth;
+        elevation = elevation + byElevation;
+        ++steps;
+    }
     void reset() override
     {
         azimuth = 0;
@@ -93,7 +119,9 @@ public:
     }
     void setTurning(bool on) override { isItselfTurning = on; }
 
+    std::atomic<int> steps = 0;
     std::atomic<double> azimuth = 0;
+    std::atomic<double> elevation = 0;
     std::atomic<bool> isItselfTurning = true;
 };
 
@@ -101,10 +129,20 @@ public:
 class UndoMain : public oxUndoService
 {
 public:
-    bool canUndo() override { return m_isDone; }
-    bool canRedo() override { return !m_isDone; }
+    bool canUndo() override
+    {
+        ++calls;
+        return m_isDone;
+    }
+    bool canRedo() override
+    {
+        ++calls;
+        return !m_isDone;
+    }
     void undo() override { set(false); }
     void redo() override { set(true); }
+
+    std::atomic<int> calls = 0;
 
 private:
     void set(bool isDone)
@@ -147,9 +185,15 @@ private Q_SLOTS:
     void unitConverterConverts();
     void materialBrowserWaitsForAMainProcess();
     void materialBrowserPaintsAMaterial();
+    void materialBrowserPaintsNothingWithoutASelection();
+    void materialBrowserPaintsAnyColor();
     void materialBrowserShowsWhatOthersChange();
+    void materialBrowserShowsWhatChangesAsItAsks();
+    void materialBrowserSelectsAnotherWhenTheLastGoes();
     void materialBrowserTakesChangesBack();
+    void materialBrowserAsksForWhatChangedAlone();
     void turntableWaitsForAMainProcess();
+    void turntableTellsItsSpeed();
     void turntableTurnsTheCamera();
     void turntableStopsWithTheMainProcess();
     void cleanup();
@@ -328,6 +372,8 @@ void tst_ExamplePlugins::materialBrowserWaitsForAMainProcess()
     const auto *hint = browser->findChild<QLabel *>();
     QVERIFY(!hint->isHidden());
     QVERIFY(hint->text().startsWith(QLatin1String("No main process is connected")));
+    const auto *other = withText<QPushButton>(browser, QStringLiteral("Other…"));
+    QVERIFY(!other->isEnabled());
 
     startMain();
     QTRY_VERIFY(!materials()->isHidden());
@@ -335,10 +381,13 @@ void tst_ExamplePlugins::materialBrowserWaitsForAMainProcess()
     QCOMPARE(materials()->count(), 2);
     QCOMPARE(shownMaterial(0), QStringLiteral("Body #ff0000"));
     QCOMPARE(shownMaterial(1), QStringLiteral("Floor #00ff00"));
+    QCOMPARE(materials()->currentRow(), 0);
+    QVERIFY(other->isEnabled());
 
     m_main.reset();
     QTRY_VERIFY(materials()->isHidden());
     QVERIFY(!hint->isHidden());
+    QVERIFY(!other->isEnabled());
     const Output output = outputOf([browser] { browser->findChildren<QPushButton *>().first()->click(); });
     QCOMPARE(output.standardError, QByteArray());
 }
@@ -348,11 +397,55 @@ void tst_ExamplePlugins::materialBrowserPaintsAMaterial()
     startMain();
     QTRY_COMPARE(materials()->count(), 2);
     materials()->setCurrentRow(1);
+    const auto buttons = content("MaterialBrowser")->findChildren<QPushButton *>();
+    for (QPushButton *paint : {buttons.at(7), buttons.at(2)}) {
+        paint->click();
+        QTRY_COMPARE(shownMaterial(1), QStringLiteral("Floor ") + paint->toolTip());
+        QCOMPARE(shownMaterial(0), QStringLiteral("Body #ff0000"));
+        QCOMPARE(materials()->currentRow(), 1);
+    }
+
+    // Not tinted, as selected items are.
+    const QIcon icon = materials()->item(1)->icon();
+    QCOMPARE(icon.pixmap(26, 26, QIcon::Selected).toImage(), icon.pixmap(26, 26).toImage());
+}
+
+void tst_ExamplePlugins::materialBrowserPaintsNothingWithoutASelection()
+{
+    startMain();
+    QTRY_COMPARE(materials()->count(), 2);
     auto *paint = content("MaterialBrowser")->findChildren<QPushButton *>().first();
+    materials()->setCurrentRow(-1);
+    const Output output = outputOf([paint] { paint->click(); });
+    materials()->setCurrentRow(0);
     paint->click();
-    QTRY_COMPARE(shownMaterial(1), QStringLiteral("Floor ") + paint->toolTip());
+    QTRY_COMPARE(shownMaterial(0), QStringLiteral("Body ") + paint->toolTip());
+    QCOMPARE(shownMaterial(1), QStringLiteral("Floor #00ff00"));
+    QCOMPARE(output.standardError, QByteArray());
+}
+
+void tst_ExamplePlugins::materialBrowserPaintsAnyColor()
+{
+    startMain();
+    QTRY_COMPARE(materials()->count(), 2);
+    materials()->setCurrentRow(1);
+    auto *other = withText<QPushButton>(content("MaterialBrowser"), QStringLiteral("Other…"));
+    const auto clickAndEnd = [other](const std::function<void(QColorDialog *)> &end) {
+        QTimer::singleShot(0, other, [&end] { end(qobject_cast<QColorDialog *>(QApplication::activeModalWidget())); });
+        other->click();
+    };
+    QColor first;
+    clickAndEnd([&first](QColorDialog *dialog) {
+        first = dialog->currentColor();
+        dialog->reject();
+    });
+    QCOMPARE(first, QColor(Qt::green));
+    clickAndEnd([](QColorDialog *dialog) {
+        dialog->setCurrentColor(Qt::magenta);
+        dialog->accept();
+    });
+    QTRY_COMPARE(shownMaterial(1), QStringLiteral("Floor #ff00ff"));
     QCOMPARE(shownMaterial(0), QStringLiteral("Body #ff0000"));
-    QCOMPARE(materials()->currentRow(), 1);
 }
 
 void tst_ExamplePlugins::materialBrowserShowsWhatOthersChange()
@@ -361,6 +454,26 @@ void tst_ExamplePlugins::materialBrowserShowsWhatOthersChange()
     QTRY_COMPARE(materials()->count(), 2);
     m_main->run([this] { m_scene->materials.paint(0, Qt::blue); });
     QTRY_COMPARE(shownMaterial(0), QStringLiteral("Body #0000ff"));
+}
+
+void tst_ExamplePlugins::materialBrowserShowsWhatChangesAsItAsks()
+{
+    startMain();
+    QTRY_COMPARE(materials()->count(), 2);
+    m_scene->materials.changesAsItAnswers = true;
+    m_main->run([this] { m_scene->materials.paint(1, Qt::blue); });
+    QTRY_COMPARE(shownMaterial(1), QStringLiteral("Floor #0000ff"));
+    QTRY_COMPARE(shownMaterial(0), QStringLiteral("Body #00ffff"));
+}
+
+void tst_ExamplePlugins::materialBrowserSelectsAnotherWhenTheLastGoes()
+{
+    startMain();
+    QTRY_COMPARE(materials()->count(), 2);
+    materials()->setCurrentRow(1);
+    m_main->run([this] { m_scene->materials.removeLast(); });
+    QTRY_COMPARE(materials()->count(), 1);
+    QCOMPARE(materials()->currentRow(), 0);
 }
 
 void tst_ExamplePlugins::materialBrowserTakesChangesBack()
@@ -380,18 +493,51 @@ void tst_ExamplePlugins::materialBrowserTakesChangesBack()
     QVERIFY(!redo->isEnabled());
 }
 
+void tst_ExamplePlugins::materialBrowserAsksForWhatChangedAlone()
+{
+    startMain();
+    auto *undo = withText<QPushButton>(content("MaterialBrowser"), QStringLiteral("Undo"));
+    QTRY_VERIFY(materials()->count() == 2 && undo->isEnabled());
+    m_scene->materials.calls = 0;
+    m_scene->undo.calls = 0;
+
+    m_main->run([this] { m_scene->materials.paint(0, Qt::blue); });
+    QTRY_COMPARE(shownMaterial(0), QStringLiteral("Body #0000ff"));
+    QCOMPARE(m_scene->materials.calls.load(), 3);
+    QCOMPARE(m_scene->undo.calls.load(), 0);
+
+    undo->click();
+    QTRY_VERIFY(!undo->isEnabled());
+    QCOMPARE(m_scene->materials.calls.load(), 3);
+    QCOMPARE(m_scene->undo.calls.load(), 2);
+}
+
 void tst_ExamplePlugins::turntableWaitsForAMainProcess()
 {
     QWidget *turntable = content("Turntable");
     auto *start = withText<QPushButton>(turntable, QStringLiteral("Start"));
     const auto *hint = turntable->findChildren<QLabel *>().last();
+    const auto *reset = withText<QPushButton>(turntable, QStringLiteral("Reset"));
     QVERIFY(!start->isEnabled());
+    QVERIFY(!reset->isEnabled());
     QVERIFY(!hint->isHidden());
     QVERIFY(hint->text().startsWith(QLatin1String("No main process is connected")));
 
     startMain();
     QTRY_VERIFY(start->isEnabled());
+    QVERIFY(reset->isEnabled());
     QVERIFY(hint->isHidden());
+}
+
+void tst_ExamplePlugins::turntableTellsItsSpeed()
+{
+    QWidget *turntable = content("Turntable");
+    const auto *display = turntable->findChild<QLabel *>();
+    QCOMPARE(display->text(), QStringLiteral("+45°/s"));
+    for (const int speed : {-180, 45}) {
+        turntable->findChild<QSlider *>()->setValue(speed);
+        QCOMPARE(display->text(), speed < 0 ? QStringLiteral("-180°/s") : QStringLiteral("+45°/s"));
+    }
 }
 
 void tst_ExamplePlugins::turntableTurnsTheCamera()
@@ -401,10 +547,19 @@ void tst_ExamplePlugins::turntableTurnsTheCamera()
     auto *start = withText<QPushButton>(turntable, QStringLiteral("Start"));
     QTRY_VERIFY(start->isEnabled());
 
+    QElapsedTimer time;
+    time.start();
     start->click();
     QCOMPARE(start->text(), QStringLiteral("Stop"));
-    QTRY_VERIFY(m_scene->camera.azimuth > 0);
+    QTRY_VERIFY(m_scene->camera.steps > 5);
+    const double azimuth = m_scene->camera.azimuth;
+    QVERIFY(azimuth > 0);
+    QVERIFY(azimuth <= 45 * (time.elapsed() + 1) / 1000.0); // as far as it has come by this time
+    QCOMPARE(m_scene->camera.elevation.load(), 0.0);
     QCOMPARE(m_scene->camera.isItselfTurning.load(), false);
+    start->click();
+    QCOMPARE(start->text(), QStringLiteral("Start"));
+    start->click();
     turntable->findChild<QSlider *>()->setValue(-180);
     QTRY_VERIFY(m_scene->camera.azimuth < 0);
 

@@ -30,8 +30,8 @@ class MaterialBrowser(object):
     def __init__(self, layout):
         self.materials = []
         self.colors = []
+        self.due = set()  # what has to be shown anew
         self.is_busy = False
-        self.is_due = False
 
         self.list = QListWidget()
         self.list.setIconSize(QSize(26, 26))
@@ -52,11 +52,11 @@ class MaterialBrowser(object):
         self.redo = self.add_button(buttons, "Redo", oxUndoService.redo)
         layout.addLayout(buttons)
 
-        oxMaterialService.connect("materialsChanged()", self.refresh)
-        oxUndoService.connect("changed()", self.refresh)
-        oxMainProcess.connect("connected()", self.refresh)
-        oxMainProcess.connect("disconnected()", self.refresh)
-        self.refresh()
+        oxMaterialService.connect("materialsChanged()", lambda: self.refresh(self.show_materials))
+        oxUndoService.connect("changed()", lambda: self.refresh(self.show_undo))
+        oxMainProcess.connect("connected()", self.refresh_all)
+        oxMainProcess.connect("disconnected()", self.refresh_all)
+        self.refresh_all()
 
     def add_paint(self, color, index):
         button = QPushButton()
@@ -83,18 +83,20 @@ class MaterialBrowser(object):
         if 0 <= row < len(self.colors):
             self.paint(QColorDialog.getColor(self.colors[row], self.list, "Colour"))  # invalid if cancelled
 
+    def refresh_all(self):
+        self.refresh(self.show_materials, self.show_undo)
+
     # One at a time: while a call waits for its answer, further changes are announced.
-    def refresh(self):
-        self.is_due = True
+    def refresh(self, *parts):
+        self.due.update(parts)
         if self.is_busy:
             return
         self.is_busy = True
-        while self.is_due:
-            self.is_due = False
-            self.show()
+        while self.due:
+            self.due.pop()()
         self.is_busy = False
 
-    def show(self):
+    def show_materials(self):
         online = oxMainProcess.isConnected()
         self.materials = oxMaterialService.getMaterials() if online else []
         names = oxMaterialService.getNames(self.materials) if online else []
@@ -108,6 +110,9 @@ class MaterialBrowser(object):
         self.list.setVisible(online)
         self.hint.setVisible(not online)
         self.other.setEnabled(online)
+
+    def show_undo(self):
+        online = oxMainProcess.isConnected()
         self.undo.setEnabled(online and oxUndoService.canUndo())
         self.redo.setEnabled(online and oxUndoService.canRedo())
 
