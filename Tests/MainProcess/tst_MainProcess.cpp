@@ -14,6 +14,7 @@
 #include "oxCameraService.h"
 #include "oxFileIOService.h"
 #include "oxFrameReader.h"
+#include "oxFrameWriter.h"
 #include "oxKernelService.h"
 #include "oxMaterialService.h"
 #include "oxMessageService.h"
@@ -140,6 +141,7 @@ private Q_SLOTS:
     void glossIsKeptWithinItsRange();
     void nodesAreHiddenAndShown();
     void nodeGetsAnotherMaterial();
+    void changeOfSeveralNodesIsOneStep();
     void camerasAreChosen();
     void viewIsSetInNumbers();
     void changesAreSignalled();
@@ -165,6 +167,9 @@ private Q_SLOTS:
     void signalEndsALoad();
     void secondProcessOfTheSameSessionIsRefused();
     void processAfterAKilledOneGoesOn();
+    void sessionHasADefault();
+    void sessionsShareNoFrames();
+    void framesThatCannotBeSharedAreReported();
     void listensOnTcp();
     void reportsThatThereIsNoOpenGL();
     void wrongUseIsReported_data();
@@ -220,8 +225,7 @@ void tst_MainProcess::start(const QStringList &further)
         QStringLiteral(MAIN_PROCESS),
         QStringList{QStringLiteral("--session"), m_session, QStringLiteral("--size"), QStringLiteral("480x270")}
             + further);
-    QVERIFY2(line(QProcess::StandardOutput).startsWith("oxMainProcess: ready at "),
-             m_process->readAllStandardError().constData());
+    QVERIFY(line(QProcess::StandardOutput).startsWith("oxMainProcess: ready at "));
 }
 
 void tst_MainProcess::startAndConnect(const QStringList &further)
@@ -609,6 +613,39 @@ void tst_MainProcess::nodeGetsAnotherMaterial()
     QVERIFY(pixelsOf(nextFrame(), copper) > 1000);
 }
 
+void tst_MainProcess::changeOfSeveralNodesIsOneStep()
+{
+    startAndConnect();
+    oxNodeService &service = m_secondary->nodes;
+    const QVector<oxdNode> nodes = service.getNodes();
+    const QList<oxdMaterial> materials = m_secondary->materials.getMaterials();
+    service.setVisible(nodes, false);
+    QCOMPARE(service.getVisible(nodes), QVariantList({false, false, false}));
+    m_secondary->undo.undo();
+    QCOMPARE(service.getVisible(nodes), QVariantList({true, true, true}));
+    QVERIFY(!m_secondary->undo.canUndo());
+    service.setVisible(nodes, true);
+    QCOMPARE(m_secondary->undo.undoText(), QStringLiteral("Show"));
+    m_secondary->undo.undo();
+
+    const auto idsOf = [&service, &nodes] {
+        QVector<unsigned long long> ids;
+        const QList<oxdMaterial> all = service.getMaterials(nodes);
+        for (const oxdMaterial &material : all)
+            ids.append(material.objectId());
+        return ids;
+    };
+    const auto before = idsOf();
+    QCOMPARE(QSet<unsigned long long>(before.begin(), before.end()).size(), 3);
+    service.setMaterial(nodes, materials.mid(1));
+    QCOMPARE(idsOf(), QVector<unsigned long long>(3, materials.at(1).objectId()));
+    m_secondary->undo.undo();
+    QCOMPARE(idsOf(), before);
+    QVERIFY(!m_secondary->undo.canUndo());
+
+    QCOMPARE(service.getMaterials({oxdNode(9999)}).first().objectId(), 0ULL);
+}
+
 void tst_MainProcess::camerasAreChosen()
 {
     startAndConnect();
@@ -631,6 +668,9 @@ void tst_MainProcess::camerasAreChosen()
     QCOMPARE(service.getActiveCamera().first().objectId(), cameras.at(2).objectId());
     service.setActiveCamera(cameras); // each keeps its view
     QCOMPARE(service.getElevation(), 25.0);
+    service.setActiveCamera(cameras.mid(1));
+    QCOMPARE(service.getAzimuth(), 0.0);
+    QCOMPARE(service.getElevation(), 5.0);
     QCOMPARE(service.getNames({oxdSceneObject(9999)}), QStringList({QString()}));
 }
 
@@ -992,6 +1032,51 @@ void tst_MainProcess::processAfterAKilledOneGoesOn()
     QVERIFY(!frameWith([&](const QImage &picture) { return difference(picture, frame) > 0.02; }).isNull());
 }
 
+void tst_MainProcess::sessionHasADefault()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("TMPDIR"), m_folder.path()); // where no one else's is
+    m_process->setProcessEnvironment(environment);
+    m_process->start(QStringLiteral(MAIN_PROCESS), QStringList());
+    const QByteArray ready = line(QProcess::StandardOutput);
+    QCOMPARE(ready, "oxMainProcess: ready at " + oxQRPCAddress::ofSession(QString()).toString().toUtf8() + '\n');
+}
+
+void tst_MainProcess::sessionsShareNoFrames()
+{
+    startAndConnect();
+    const QString first = m_secondary->render.getSharedMemoryName();
+    QProcess other;
+    const QString session = m_session + QStringLiteral("-other");
+    other.start(QStringLiteral(MAIN_PROCESS), {QStringLiteral("--session"), session});
+    Secondary secondary(oxQRPCAddress::ofSession(session));
+    QVERIFY(secondary.waitForConnected());
+    QVERIFY(secondary.render.getSharedMemoryName() != first);
+    QVERIFY(QFile::exists(secondary.render.getSharedMemoryName()));
+    other.terminate();
+    QVERIFY(other.waitForFinished(limit));
+}
+
+void tst_MainProcess::framesThatCannotBeSharedAreReported()
+{
+    startAndConnect();
+    const QString memory = m_secondary->render.getSharedMemoryName();
+    cleanup();
+    oxFrameWriter other;
+    QVERIFY(other.open(memory, QSize(10, 10)));
+    oxFrameReader reader;
+    QVERIFY(reader.attach(memory));
+    init();
+    start();
+    const QByteArray error = line(QProcess::StandardError);
+    QVERIFY2(error.startsWith("oxMainProcess: frames are not shared: "), error.constData());
+    QVERIFY(error.trimmed().size() > 40);
+
+    Secondary secondary(oxQRPCAddress::ofSession(m_session));
+    QVERIFY(secondary.waitForConnected());
+    QCOMPARE(secondary.render.getFrameBuffer().size(), 4 * 480 * 270); // the way that is left
+}
+
 void tst_MainProcess::listensOnTcp()
 {
     m_process->start(QStringLiteral(MAIN_PROCESS), {QStringLiteral("--listen"), QStringLiteral("tcp://127.0.0.1:0")});
@@ -1007,7 +1092,7 @@ void tst_MainProcess::reportsThatThereIsNoOpenGL()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.remove(QStringLiteral("DISPLAY"));
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
     m_process->setProcessEnvironment(environment);
     m_process->start(QStringLiteral(MAIN_PROCESS), {QStringLiteral("--session"), m_session});
     QVERIFY(m_process->waitForFinished(limit));
@@ -1027,6 +1112,10 @@ void tst_MainProcess::wrongUseIsReported_data()
                                 << QByteArray("oxMainProcess: '4000x100' is no size up to 3840x2160\n");
     QTest::newRow("half a size") << QStringList{"--size", "100"}
                                  << QByteArray("oxMainProcess: '100' is no size up to 3840x2160\n");
+    QTest::newRow("three sizes") << QStringList{"--size", "100x100x100"}
+                                 << QByteArray("oxMainProcess: '100x100x100' is no size up to 3840x2160\n");
+    QTest::newRow("no number") << QStringList{"--size", "100xhigh"}
+                               << QByteArray("oxMainProcess: '100xhigh' is no size up to 3840x2160\n");
     QTest::newRow("address") << QStringList{"--listen", "http://here"}
                              << QByteArray("oxMainProcess: 'http://here' is no address: use local:name or "
                                            "tcp://host:port\n");

@@ -44,6 +44,7 @@ private Q_SLOTS:
     void modelOfAnySizeStandsOnTheFloor_data();
     void modelOfAnySizeStandsOnTheFloor();
     void changeIsUndoneAndRedone();
+    void thousandChangesAreUndone();
     void changeOfNothingIsNotUndone();
     void whatWasBeforeANewSceneIsNotUndone();
     void turntableTurnsByTime();
@@ -134,6 +135,17 @@ void tst_Scene::changeIsUndoneAndRedone()
     scene.undoStack()->redo();
     QCOMPARE(scene.materials().at(0).color, QColor(Qt::green));
     QCOMPARE(signal.count(), 3);
+}
+
+void tst_Scene::thousandChangesAreUndone()
+{
+    Scene scene;
+    for (int i = 0; i < 1001; ++i)
+        scene.change(scene.nodes(), QStringLiteral("Something"));
+    int undone = 0;
+    for (; scene.undoStack()->canUndo(); ++undone)
+        scene.undoStack()->undo();
+    QCOMPARE(undone, 1000);
 }
 
 void tst_Scene::changeOfNothingIsNotUndone()
