@@ -209,7 +209,7 @@ QWidget *createContainer()
 
 QByteArray nameOf(PyObject *module)
 {
-    const QByteArray name = PyModule_GetName(module);
+    QByteArray name = PyModule_GetName(module);
     PyErr_Clear(); // a text may have deleted the name, or put something else in its place
     return name;
 }

@@ -151,7 +151,7 @@ void oxQRPCClient::disconnectFromHost()
     loseConnection();
 }
 
-bool oxQRPCClient::waitForConnected(int milliseconds)
+bool oxQRPCClient::waitForConnected(int milliseconds) // NOLINT(readability-make-member-function-const): it connects
 {
     if (m_isConnected)
         return true;
@@ -403,7 +403,8 @@ void oxQRPCClient::scheduleDelivery()
     QMetaObject::invokeMethod(this, &oxQRPCClient::deliverScheduled, Qt::QueuedConnection);
 }
 
-// Returns what kept the answer away, or nothing.
+// Returns what kept the answer away, or nothing. The connections end with the loop, before what they
+// capture: clazy:excludeall=lambda-in-connect
 QByteArray oxQRPCClient::waitFor(const QRemoteObjectPendingCall &answer, const ServiceLink *link)
 {
     QByteArray failure = QByteArrayLiteral("this process ends before the answer");
