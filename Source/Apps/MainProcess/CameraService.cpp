@@ -90,8 +90,8 @@ void CameraService::setTurning(bool on)
 int CameraService::indexOf(const oxdSceneObject &handle) const
 {
     const auto &cameras = m_scene->cameras();
-    const auto found = std::find_if(cameras.cbegin(), cameras.cend(), [&handle](const Scene::NamedCamera &camera) {
-        return camera.id == handle.objectId();
-    });
+    const auto *const found =
+        std::find_if(cameras.cbegin(), cameras.cend(),
+                     [&handle](const Scene::NamedCamera &camera) { return camera.id == handle.objectId(); });
     return found == cameras.cend() ? -1 : static_cast<int>(found - cameras.cbegin());
 }
