@@ -79,6 +79,7 @@ void tst_SecondaryProcess::init()
     environment.remove(QStringLiteral("OX_PLUGINS_DIR"));
     environment.insert(QStringLiteral("TMPDIR"), m_folder.path()); // sessions are no one else's
     m_process.setProcessEnvironment(environment);
+    m_process.setWorkingDirectory(QStringLiteral(SOURCE_DIR));
     environment.insert(QStringLiteral("OX_BASE_DIR"), QStringLiteral(SOURCE_DIR "/Share"));
     m_mainProcess.setProcessEnvironment(environment);
     m_mainProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -153,9 +154,9 @@ QImage tst_SecondaryProcess::picture(const char *name) const
 void tst_SecondaryProcess::savesAPictureOfWindowAndPanels()
 {
     const QString file = m_folder.filePath(QStringLiteral("picture.png"));
-    start({QStringLiteral("--base"), QStringLiteral(SOURCE_DIR "/Share"), QStringLiteral("--plugins"),
-           QStringLiteral(SOURCE_DIR "/Examples"), QStringLiteral("--open"), QStringLiteral("Stopwatch"),
-           QStringLiteral("--open"), QStringLiteral("ColorMixer"), QStringLiteral("--screenshot"), file});
+    start({QStringLiteral("--base"), QStringLiteral("Share"), QStringLiteral("--plugins"), QStringLiteral("Examples"),
+           QStringLiteral("--open"), QStringLiteral("Stopwatch"), QStringLiteral("--open"),
+           QStringLiteral("ColorMixer"), QStringLiteral("--screenshot"), file});
 
     QCOMPARE(m_process.exitCode(), 0);
     QCOMPARE(errors(), QByteArray());

@@ -17,7 +17,8 @@ def loadUiType(fileName):
 
     Returns the pair (form class, base class). The base class is the Qt class of the form's top
     widget. The form class has one method, setupUi(widget): it fills the widget with the form
-    and makes each of the form's named objects an attribute of self.
+    and makes each of the form's named objects an attribute of self. None may have the name of a
+    member of that class, such as "close".
 
         Form, Base = uiTools.loadUiType("panel.ui")
 

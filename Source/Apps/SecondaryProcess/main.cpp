@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDir>
 #include <QDockWidget>
 #include <QTimer>
 
@@ -94,8 +95,9 @@ int main(int argc, char **argv)
                                   QStringLiteral("folder"));
     parser.addOptions({connectTo, callTimeout, base, plugins, open, screenshot, tour});
     parser.process(application);
+    // Absolute, as each plugin runs in its own folder.
     if (parser.isSet(base))
-        qputenv("OX_BASE_DIR", parser.value(base).toUtf8());
+        qputenv("OX_BASE_DIR", QDir::current().absoluteFilePath(parser.value(base)).toUtf8());
     if (parser.isSet(plugins))
         qputenv("OX_PLUGINS_DIR", parser.value(plugins).toUtf8());
     const Target target = targetOf(parser.value(connectTo));
