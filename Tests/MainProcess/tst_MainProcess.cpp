@@ -267,7 +267,7 @@ QImage tst_MainProcess::lastFrame()
 {
     QImage frame = nextFrame();
     QSignalSpy frames(&m_secondary->render, &oxRenderService::frameRendered);
-    while (frames.wait(500)) {}
+    while (frames.wait(2000)) {}
     m_frames.read(&frame);
     return frame;
 }

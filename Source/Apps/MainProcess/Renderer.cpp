@@ -128,12 +128,12 @@ float metalPart(const QByteArray &type)
 
 qint64 vertexBytes(const Mesh &mesh)
 {
-    return static_cast<qint64>(mesh.vertices.size() * sizeof(Mesh::Vertex));
+    return static_cast<qint64>(mesh.vertices.size()) * static_cast<qint64>(sizeof(Mesh::Vertex));
 }
 
 qint64 indexBytes(const Mesh &mesh)
 {
-    return static_cast<qint64>(mesh.indices.size() * sizeof(quint32));
+    return static_cast<qint64>(mesh.indices.size()) * static_cast<qint64>(sizeof(quint32));
 }
 
 // Takes bytes that lie from `offset` on in a sequence of buffers, of which `buffer` begins at `start`.
