@@ -38,9 +38,10 @@ void replaceAll(QString *text, const QString &before, const QString &after)
     QChar *const data = text->data();
     for (int i = found.size() - 1; i >= 0; --i) {
         const int next = found.at(i) + before.size();
-        std::copy_backward(data + next, data + end, data + end + (i + 1) * growth);
+        const int shift = i * growth;
+        std::copy_backward(data + next, data + end, data + end + shift + growth);
         end = found.at(i);
-        std::copy(after.begin(), after.end(), data + end + i * growth);
+        std::copy(after.begin(), after.end(), data + end + shift);
     }
 }
 
