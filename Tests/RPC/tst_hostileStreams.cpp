@@ -117,9 +117,9 @@ QByteArray signatures(const QList<QByteArray> &signatures)
     return list;
 }
 
-QByteArray propertyOf(const char *type)
+QByteArray propertyOf(const char *type, int count = 1)
 {
-    return bytesOf(1, QByteArray("names"), QByteArray(type), QByteArray());
+    return bytesOf(count) + bytesOf(QByteArray("names"), QByteArray(type), QByteArray()).repeated(count);
 }
 
 /// Runs the event loop until nothing is left to do at once.
@@ -170,6 +170,7 @@ private Q_SLOTS:
     void secondaryProcessEndsAConnectionThatIsNoMainProcess_data();
     void secondaryProcessEndsAConnectionThatIsNoMainProcess();
     void secondaryProcessIsNotGivenThePropertiesOfADescription();
+    void answerOfAnotherCallIsNotTaken();
     void secondaryProcessGoesOnAfterDamageOfEveryKind();
 
 private:
@@ -397,13 +398,20 @@ void tst_hostileStreams::secondaryProcessEndsAConnectionThatIsNoMainProcess_data
     addDescription("20,000 methods", &Description::methods,
                    bytesOf(20000) + bytesOf(QByteArray("count()"), QByteArray(), 0).repeated(20000));
     addDescription("endless properties", &Description::properties, bytesOf(endless));
-    addDescription("property of a type that nobody knows", &Description::properties, propertyOf("Nobody"));
     addDescription("property that is an object", &Description::properties, propertyOf("QObject*"));
+    Description withProperties;
+    withProperties.properties = propertyOf("int", 20000);
+    withProperties.values = bytesOf(20000) + bytesOf(QVariant(1)).repeated(20000);
+    QTest::newRow("20,000 properties") << withProperties.packet();
+    Description ofNoType;
+    ofNoType.properties = propertyOf("Nobody");
+    ofNoType.values = bytesOf(QVariantList{QVariant()});
+    QTest::newRow("property of a type that nobody knows") << ofNoType.packet();
     addDescription("no value", &Description::values, noItems());
     addDescription("value too many", &Description::values, bytesOf(QVariantList{QStringList(), 1}));
     addDescription("value of another type", &Description::values, bytesOf(QVariantList{1}));
     addDescription("value of no type", &Description::values, bytesOf(QVariantList{QVariant()}));
-    addDescription("endless values", &Description::values, bytesOf(endless));
+    addDescription("endless values", &Description::values, bytesOf(endless, QVariant(QStringList())));
     addDescription("value of an endless list", &Description::values,
                    bytesOf(1, quint32(QMetaType::QStringList), false, endless));
     addDescription("value that is cut", &Description::values, bytesOf(QVariantList{QStringList{"a"}}).chopped(1));
@@ -475,6 +483,37 @@ void tst_hostileStreams::secondaryProcessIsNotGivenThePropertiesOfADescription()
     QVERIFY(client.connectToHost(sessionAddress()));
     QTRY_COMPARE(notes.count(), 1);
     QCOMPARE(notes.at(0), QVariantList{QStringLiteral("a")});
+}
+
+void tst_hostileStreams::answerOfAnotherCallIsNotTaken()
+{
+    QLocalServer impostor;
+    QVERIFY(listenAtSession(&impostor));
+    Description list;
+    list.values = bytesOf(QVariantList{QStringList{echo}});
+    Description object;
+    object.name = echo;
+    object.methods = bytesOf(1, QByteArray("text(QString)"), QByteArray("QString"), QList<QByteArray>());
+    connect(&impostor, &QLocalServer::newConnection, &impostor, [&] {
+        QLocalSocket *socket = impostor.nextPendingConnection();
+        socket->write(greeting() + list.packet() + object.packet());
+        connect(socket, &QLocalSocket::readyRead, socket, [socket] {
+            qint32 serial = 0;
+            QDataStream(socket->readAll().right(8)) >> serial; // the end of a call
+            socket->write(packet(invokeReply, echo, serial + 1, QVariant(QStringLiteral("other")))
+                          + packet(invokeReply, echo, serial, QVariant(QStringLiteral("right")))
+                          + packet(invokeReply, echo, serial, QVariant(QStringLiteral("again"))));
+        });
+    });
+    EchoService service;
+    oxQRPCClient client;
+    service.setClient(&client);
+    client.registerService(&service);
+    QVERIFY(client.connectToHost(sessionAddress()));
+    QVERIFY(client.waitForConnected(30000));
+    QCOMPARE(service.text(QStringLiteral("a")), QStringLiteral("right"));
+    QCOMPARE(service.text(QStringLiteral("a")), QStringLiteral("right"));
+    QVERIFY(client.isConnected());
 }
 
 void tst_hostileStreams::secondaryProcessGoesOnAfterDamageOfEveryKind()

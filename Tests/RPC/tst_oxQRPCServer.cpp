@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <memory>
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -167,6 +168,7 @@ private Q_SLOTS:
     void privateSlotsAreNotCalled();
     void signalsOfPropertiesTravel();
     void deletedServiceIsNoLongerOffered();
+    void callOfADeletedServiceDoesNothing();
     void connectionThatDoesNotReadIsEnded();
     void endedConnectionsAreDropped();
     void clientsThatCameAndWentAreDropped();
@@ -416,6 +418,25 @@ void tst_oxQRPCServer::deletedServiceIsNoLongerOffered()
         return sum == 3;
     };
     QTRY_VERIFY(isThere());
+}
+
+void tst_oxQRPCServer::callOfADeletedServiceDoesNothing()
+{
+    oxQRPCServer server;
+    auto echoMain = std::make_unique<EchoServiceMain>();
+    server.registerService(echoMain.get());
+    QVERIFY(server.listen(sessionAddress()));
+    EchoService echo;
+    oxQRPCClient client;
+    echo.setClient(&client);
+    client.registerService(&echo);
+    QVERIFY(client.connectToHost(sessionAddress()));
+    QVERIFY(client.waitForConnected(30000));
+    echoMain.reset();
+    QCOMPARE(outputOf([&] { echo.note(QStringLiteral("sent before the client hears of it")); }).standardError,
+             QByteArray());
+    QTRY_VERIFY(outputOf([&] { echo.note(QString()); }).standardError.contains("not offered"));
+    QVERIFY(client.isConnected());
 }
 
 void tst_oxQRPCServer::connectionThatDoesNotReadIsEnded()

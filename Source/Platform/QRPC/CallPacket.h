@@ -7,6 +7,7 @@
 /// What a packet of the type Invoke says after the name of the object.
 struct CallPacket
 {
+    CallPacket() = default;
     explicit CallPacket(QDataStream &packet) { packet >> operation >> index >> arguments >> serial >> property; }
 
     /// Whether it calls @p method, with the arguments that this takes. Variants come as variants in a

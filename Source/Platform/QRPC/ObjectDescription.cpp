@@ -110,8 +110,7 @@ private:
                 || ++m_memberCount > maximumMemberCount)
                 return false;
             m_propertyTypes.append(QMetaType::type(typeName));
-            return m_propertyTypes.last() != QMetaType::UnknownType
-                && !QMetaType::typeFlags(m_propertyTypes.last()).testFlag(QMetaType::PointerToQObject);
+            return m_propertyTypes.last() != QMetaType::UnknownType;
         });
     }
 

@@ -1,6 +1,5 @@
 #include "PacketGate.h"
 
-#include <QDataStream>
 #include <QLocalSocket>
 #include <QTcpSocket>
 #include <QtEndian>
@@ -68,6 +67,13 @@ qint64 PacketGate::writeData(const char *data, qint64 size)
     return count;
 }
 
+void PacketGate::sendPacket(QByteArray *packet)
+{
+    qToBigEndian(quint32(packet->size() - lengthSize), packet->data());
+    if (isOpen())
+        write(*packet);
+}
+
 // The reader may run an event loop, by a slot that it calls: then this comes back when it has returned.
 void PacketGate::readSocket()
 {
@@ -75,9 +81,13 @@ void PacketGate::readSocket()
         return;
     m_isBusy = true;
     while (!m_hasEnded && readPacket()) {
-        Q_EMIT readyRead();
-        if (m_isOverread || bytesAvailable() > 0)
-            refuse();
+        if (m_isTaken) {
+            Q_EMIT taken();
+        } else {
+            Q_EMIT readyRead();
+            if (m_isOverread || bytesAvailable() > 0)
+                refuse();
+        }
         m_packet.clear();
         m_position = 0;
     }
@@ -97,19 +107,21 @@ bool PacketGate::readPacket()
         return false;
     m_packet = m_socket->read(lengthSize + qint64(length));
     m_position = 0;
-    return isPermitted() || refuse();
+    const Verdict result = verdict();
+    m_isTaken = result == Verdict::Take;
+    return result != Verdict::Refuse || refuse();
 }
 
-bool PacketGate::isPermitted() const
+PacketGate::Verdict PacketGate::verdict() const
 {
     QDataStream packet(QByteArray::fromRawData(m_packet.constData() + lengthSize, m_packet.size() - lengthSize));
-    packet.setVersion(QDataStream::Qt_5_12); // that of Qt Remote Objects
+    packet.setVersion(version);
     quint16 type = 0;
     packet >> type;
     try {
         return m_check(type, packet);
     } catch (const std::bad_alloc &) { // the size of a container, which nobody else doubts
-        return false;
+        return Verdict::Refuse;
     }
 }
 

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDataStream>
 #include <QIODevice>
 
 #include <functional>
 
 /// Stands between a socket and Qt Remote Objects, which believes whatever it reads: lets packets
-/// through one by one, when they are whole and a check agrees. Anything else ends the connection, and
-/// so does another side that leaves 256 MB unread.
+/// through one by one, when they are whole and a check agrees, or has them taken by others. Anything
+/// else ends the connection, and so does another side that leaves 256 MB unread.
 class PacketGate : public QIODevice
 {
     Q_OBJECT
@@ -27,8 +28,12 @@ public:
         Pong
     };
 
-    /// Whether a packet may pass: its type, and a stream of the rest.
-    using Check = std::function<bool(quint16 type, QDataStream &packet)>;
+    enum class Verdict { Refuse, Pass, Take };
+
+    /// What is done with a packet: its type, and a stream of the rest.
+    using Check = std::function<Verdict(quint16 type, QDataStream &packet)>;
+
+    static constexpr QDataStream::Version version = QDataStream::Qt_5_12; // that of Qt Remote Objects
 
     /// Takes @p socket, a connected QLocalSocket or QTcpSocket, over.
     PacketGate(QIODevice *socket, Check check, QObject *parent);
@@ -41,10 +46,24 @@ public:
     /// Lets through what came so far. The reader calls it when it is ready.
     void start();
 
+    /// Sends a packet of our own; nothing, when the connection is over.
+    template<class... Parts>
+    void send(Type type, const Parts &...parts)
+    {
+        QByteArray packet;
+        QDataStream stream(&packet, WriteOnly);
+        stream.setVersion(version);
+        stream << quint32(0) << quint16(type);
+        static_cast<void>((stream << ... << parts));
+        sendPacket(&packet);
+    }
+
     bool isSequential() const override { return true; }
     qint64 bytesAvailable() const override;
 
 Q_SIGNALS:
+    /// The check has taken a packet. Nobody else gets it, and the next one waits meanwhile.
+    void taken();
     /// The connection is over. Emitted by the event loop, never while a packet is worked on.
     void ended();
 
@@ -57,8 +76,9 @@ private Q_SLOTS:
     void endConnection();
 
 private:
+    void sendPacket(QByteArray *packet);
     bool readPacket();
-    bool isPermitted() const;
+    Verdict verdict() const;
     bool refuse();
     void announceEnd();
 
@@ -66,6 +86,7 @@ private:
     Check m_check;
     QByteArray m_packet; // with its length in front
     int m_position = 0;
+    bool m_isTaken = false;
     bool m_isBusy = false;
     bool m_isOverread = false;
     bool m_hasRefused = false;

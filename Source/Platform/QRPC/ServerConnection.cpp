@@ -1,10 +1,10 @@
 #include "ServerConnection.h"
 
 #include <QUrl>
+#include <QVarLengthArray>
 
 #include <cstdio>
 
-#include "CallPacket.h"
 #include "InterfaceClass.h"
 #include "ServiceList.h"
 
@@ -19,12 +19,13 @@ ServerConnection::ServerConnection(QIODevice *socket, ServiceList *list, const Q
                                    QObject *parent)
     : QObject(parent)
     , m_gate(
-          socket, [this](quint16 type, QDataStream &packet) { return isPermitted(type, packet); }, this)
+          socket, [this](quint16 type, QDataStream &packet) { return verdict(type, packet); }, this)
     , m_host(noListener, QUrl(), QRemoteObjectHost::AllowExternalRegistration)
 {
     m_host.enableRemoting(list);
     for (QObject *service : services)
         offer(service);
+    connect(&m_gate, &PacketGate::taken, this, &ServerConnection::answer);
     connect(&m_gate, &PacketGate::ended, this, [this] {
         if (m_gate.hasRefused())
             fprintf(stderr, "oxQRPCServer: what a connection sent is no call, it was ended\n");
@@ -45,12 +46,11 @@ void ServerConnection::offer(QObject *service)
         if (method.methodType() != QMetaMethod::Signal)
             methods.append(method);
     }
-    m_methods.insert(interfaceName(interface), methods);
+    m_services.insert(interfaceName(interface), {service, methods});
     m_host.enableRemoting(service);
 }
 
-// The host calls whatever a packet says, with the arguments that it has.
-bool ServerConnection::isPermitted(quint16 type, QDataStream &packet) const
+PacketGate::Verdict ServerConnection::verdict(quint16 type, QDataStream &packet)
 {
     QString name;
     packet >> name;
@@ -64,21 +64,40 @@ bool ServerConnection::isPermitted(quint16 type, QDataStream &packet) const
     case PacketGate::Ping:
         break;
     case PacketGate::Invoke:
-        if (!isCall(name, packet))
-            return false;
+        m_calledName = name;
+        m_call = CallPacket(packet);
         break;
     default:
-        return false;
+        return PacketGate::Verdict::Refuse;
     }
-    return packet.status() == QDataStream::Ok && packet.atEnd();
+    if (packet.status() != QDataStream::Ok || !packet.atEnd() || (type == PacketGate::Invoke && !isCall()))
+        return PacketGate::Verdict::Refuse;
+    return type == PacketGate::Invoke ? PacketGate::Verdict::Take : PacketGate::Verdict::Pass;
 }
 
-bool ServerConnection::isCall(const QString &name, QDataStream &packet) const
+bool ServerConnection::isCall() const
 {
-    const CallPacket call(packet);
-    const QVector<QMetaMethod> methods = m_methods.value(name);
-    if (call.index < 0 || call.index >= methods.size())
+    const QVector<QMetaMethod> methods = m_services.value(m_calledName).methods;
+    if (m_call.index < 0 || m_call.index >= methods.size())
         return false;
-    const QMetaMethod &method = methods.at(call.index);
-    return method.access() == QMetaMethod::Public && call.isCallOf(method);
+    const QMetaMethod &method = methods.at(m_call.index);
+    return method.access() == QMetaMethod::Public && m_call.isCallOf(method);
+}
+
+void ServerConnection::answer()
+{
+    CallPacket call = std::move(m_call);
+    const QString name = m_calledName;
+    const Service service = m_services.value(name);
+    if (!service.object)
+        return;
+    const QMetaMethod &method = service.methods.at(call.index);
+    const bool hasResult = method.returnType() != QMetaType::Void;
+    QVariant result = hasResult ? QVariant(method.returnType(), nullptr) : QVariant();
+    QVarLengthArray<void *> arguments{result.isValid() ? result.data() : nullptr};
+    for (QVariant &argument : call.arguments)
+        arguments.append(argument.data());
+    QMetaObject::metacall(service.object, QMetaObject::InvokeMetaMethod, method.methodIndex(), arguments.data());
+    if (call.serial >= 0)
+        m_gate.send(PacketGate::InvokeReply, name, call.serial, result);
 }

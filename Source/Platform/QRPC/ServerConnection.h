@@ -3,17 +3,19 @@
 #include <QHash>
 #include <QMetaMethod>
 #include <QObject>
+#include <QPointer>
 #include <QRemoteObjectHost>
 #include <QVector>
 
+#include "CallPacket.h"
 #include "PacketGate.h"
 
 class ServiceList;
 
 /// One secondary process's connection to the main process's services.
 ///
-/// Has a host of its own: a host keeps the call that it works on where the call of another
-/// connection, served while a slot runs an event loop, would overwrite it.
+/// Its host describes the services and sends what they signal. Calls are answered here: they have
+/// been read for the check.
 class ServerConnection : public QObject
 {
     Q_OBJECT
@@ -25,10 +27,20 @@ public:
     void offer(QObject *service);
 
 private:
-    bool isPermitted(quint16 type, QDataStream &packet) const;
-    bool isCall(const QString &name, QDataStream &packet) const;
+    /// What is offered, with its methods as the host numbers them.
+    struct Service
+    {
+        QPointer<QObject> object;
+        QVector<QMetaMethod> methods;
+    };
+
+    PacketGate::Verdict verdict(quint16 type, QDataStream &packet);
+    bool isCall() const;
+    void answer();
 
     PacketGate m_gate;
     QRemoteObjectHost m_host;
-    QHash<QString, QVector<QMetaMethod>> m_methods; // as the host numbers them
+    QHash<QString, Service> m_services;
+    QString m_calledName; // of the call that was taken
+    CallPacket m_call;
 };

@@ -3,8 +3,6 @@
 #include <QMetaMethod>
 #include <QRemoteObjectDynamicReplica>
 #include <QRemoteObjectNode>
-#include <QRemoteObjectPendingCall>
-#include <QVarLengthArray>
 
 #include "InterfaceClass.h"
 
@@ -47,21 +45,19 @@ const QRemoteObjectDynamicReplica *ServiceLink::replica() const
     return m_replica.get();
 }
 
-bool ServiceLink::offers(const QByteArray &signature) const
+int ServiceLink::slotNumber(const QByteArray &signature) const
 {
-    return m_replica->metaObject()->indexOfMethod(signature) >= 0;
-}
-
-QRemoteObjectPendingCall ServiceLink::call(const QByteArray &signature, void **arguments)
-{
-    const QMetaObject *metaObject = m_replica->metaObject();
-    const int index = metaObject->indexOfMethod(signature);
-    QRemoteObjectPendingCall answer;
-    QVarLengthArray<void *> array{&answer};
-    array.append(arguments + 1, metaObject->method(index).parameterCount());
-    m_replica->qt_metacall(QMetaObject::InvokeMetaMethod, index, array.data());
-    const bool hasAnswer = metaObject->method(index).returnType() != QMetaType::Void;
-    return hasAnswer ? answer : QRemoteObjectPendingCall::fromCompletedCall(QVariant());
+    const QMetaObject *object = m_replica->metaObject();
+    int number = 0;
+    for (int i = object->methodOffset(); i < object->methodCount(); ++i) {
+        const QMetaMethod method = object->method(i);
+        if (method.methodType() == QMetaMethod::Signal)
+            continue;
+        if (method.methodSignature() == signature)
+            return number;
+        ++number;
+    }
+    return -1;
 }
 
 int ServiceLink::qt_metacall(QMetaObject::Call call, int id, void **arguments)

@@ -13,7 +13,6 @@
 
 class QRemoteObjectDynamicReplica;
 class QRemoteObjectNode;
-class QRemoteObjectPendingCall;
 
 /// A service object of this process, bound to the main process's object of its interface class.
 ///
@@ -42,10 +41,9 @@ public:
     /// What stands for the object here, with its description; deleted when it is given back.
     const QRemoteObjectDynamicReplica *replica() const;
 
-    /// Whether the main process's object has a slot of that signature.
-    bool offers(const QByteArray &signature) const;
-    /// Calls it without waiting. The answer to a slot without result is finished at once.
-    QRemoteObjectPendingCall call(const QByteArray &signature, void **arguments);
+    /// The number by which calls name the slot of that signature of the main process's object; -1
+    /// where that has none.
+    int slotNumber(const QByteArray &signature) const;
 
     /// Milliseconds since the last signal.
     qint64 silence() const

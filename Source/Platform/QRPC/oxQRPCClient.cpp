@@ -6,7 +6,6 @@
 #include <QMetaProperty>
 #include <QRemoteObjectDynamicReplica>
 #include <QRemoteObjectNode>
-#include <QRemoteObjectPendingCallWatcher>
 #include <QScopedValueRollback>
 #include <QTcpSocket>
 #include <QThread>
@@ -14,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <utility>
 
 #include "CallPacket.h"
@@ -82,14 +82,6 @@ bool isSignal(QDataStream &packet, const QObject *replica)
         return false;
     const QMetaMethod method = object->method(object->methodOffset() + call.index);
     return method.methodType() == QMetaMethod::Signal && call.isCallOf(method, true);
-}
-
-bool isReply(QDataStream &packet)
-{
-    qint32 serial = 0;
-    QVariant value;
-    packet >> serial >> value;
-    return true;
 }
 
 bool isPropertyChange(QDataStream &packet, const QObject *replica)
@@ -191,22 +183,37 @@ void oxQRPCClient::callMethod(QObject *service, const QMetaObject *metaObject, i
     ServiceLink *link = m_links.value(service);
     if (!m_isConnected)
         return reportUnsent(method, "not connected");
-    if (!link || !link->isReady() || !link->offers(method.methodSignature()))
+    const int slotNumber = link && link->isReady() ? link->slotNumber(method.methodSignature()) : -1;
+    if (slotNumber < 0)
         return reportUnsent(method, "not offered by the main process");
     const bool hasResult = method.returnType() != QMetaType::Void;
     if (hasResult && m_isSilent)
         return reportUnsent(method, "the main process does not answer");
 
-    const QRemoteObjectPendingCall answer = link->call(method.methodSignature(), arguments);
+    const qint32 serial = send(link, slotNumber, method, arguments);
     if (!hasResult)
         return;
-    const QByteArray failure = waitFor(answer, link);
+    QVariant result;
+    const QByteArray failure = waitFor(serial, link, &result);
     if (!failure.isEmpty())
         return reportUnanswered(method, failure);
-    const QVariant result = answer.returnValue();
     if (arguments[0] && !assignResult(method.returnType(), arguments[0], result))
         reportUnanswered(
             method, QByteArray(result.isValid() ? result.typeName() : "nothing") + " instead of " + method.typeName());
+}
+
+// Returns the number that comes back with the answer, or -1 where none is asked for.
+qint32 oxQRPCClient::send(const ServiceLink *link, int slotNumber, const QMetaMethod &method, void **arguments)
+{
+    QVariantList copies;
+    for (int i = 0; i < method.parameterCount(); ++i)
+        copies.append(QVariant(method.parameterType(i), arguments[i + 1]));
+    qint32 serial = -1;
+    if (method.returnType() != QMetaType::Void)
+        serial = m_lastSerial = (m_lastSerial + 1) & std::numeric_limits<qint32>::max();
+    m_gate->send(PacketGate::Invoke, link->interfaceName(), qint32(QMetaObject::InvokeMetaMethod), qint32(slotNumber),
+                 copies, serial, qint32(-1));
+    return serial;
 }
 
 void oxQRPCClient::openConnection()
@@ -232,13 +239,13 @@ void oxQRPCClient::acceptFrom(Socket *socket)
 }
 
 // The node believes what the main process says.
-bool oxQRPCClient::isPermitted(quint16 type, QDataStream &packet) const
+bool oxQRPCClient::isPermitted(quint16 type, QDataStream &packet)
 {
     const bool isRight = type == PacketGate::ObjectList ? isObjectList(packet) : isPermittedForObject(type, packet);
     return isRight && packet.status() == QDataStream::Ok && packet.atEnd();
 }
 
-bool oxQRPCClient::isPermittedForObject(quint16 type, QDataStream &packet) const
+bool oxQRPCClient::isPermittedForObject(quint16 type, QDataStream &packet)
 {
     QString name;
     packet >> name;
@@ -254,7 +261,8 @@ bool oxQRPCClient::isPermittedForObject(quint16 type, QDataStream &packet) const
     case PacketGate::Invoke:
         return isSignal(packet, replica);
     case PacketGate::InvokeReply:
-        return isReply(packet);
+        packet >> m_answerSerial >> m_answer;
+        return true;
     case PacketGate::PropertyChange:
         return isPropertyChange(packet, replica);
     default:
@@ -279,9 +287,14 @@ void oxQRPCClient::startSession()
     QIODevice *socket = m_socket;
     socket->disconnect(this);
     m_node = std::make_unique<QRemoteObjectNode>();
-    m_gate = new PacketGate(
-        socket, [this](quint16 type, QDataStream &packet) { return isPermitted(type, packet); }, this);
+    const auto check = [this](quint16 type, QDataStream &packet) {
+        if (!isPermitted(type, packet))
+            return PacketGate::Verdict::Refuse;
+        return type == PacketGate::InvokeReply ? PacketGate::Verdict::Take : PacketGate::Verdict::Pass;
+    };
+    m_gate = new PacketGate(socket, check, this);
     m_socket = m_gate;
+    connect(m_gate, &PacketGate::taken, this, &oxQRPCClient::takeAnswer);
     connect(m_gate, &PacketGate::ended, this, &oxQRPCClient::retry);
     m_serviceList.reset(m_node->acquireDynamic(ServiceList::remoteName()));
     connect(m_serviceList.get(), &QRemoteObjectReplica::initialized, this, [this] {
@@ -405,12 +418,21 @@ void oxQRPCClient::scheduleDelivery()
 
 // Returns what kept the answer away, or nothing. The connections end with the loop, before what they
 // capture: clazy:excludeall=lambda-in-connect
-QByteArray oxQRPCClient::waitFor(const QRemoteObjectPendingCall &answer, const ServiceLink *link)
+QByteArray oxQRPCClient::waitFor(qint32 serial, const ServiceLink *link, QVariant *result)
 {
     QByteArray failure = QByteArrayLiteral("this process ends before the answer");
+    bool isAnswered = false;
     QEventLoop loop;
-    auto watcher = std::make_unique<QRemoteObjectPendingCallWatcher>(answer);
-    connect(watcher.get(), &QRemoteObjectPendingCallWatcher::finished, &loop, &QEventLoop::quit);
+    QTimer limit;
+    limit.setSingleShot(true);
+    connect(this, &oxQRPCClient::answered, &loop, [&](qint32 number, const QVariant &value) {
+        if (number != serial || isAnswered)
+            return;
+        isAnswered = true;
+        *result = value;
+        limit.stop();
+        loop.quit();
+    });
     connect(link->replica(), &QObject::destroyed, &loop, [&] {
         failure = QByteArrayLiteral("service withdrawn before the answer");
         loop.quit();
@@ -426,8 +448,6 @@ QByteArray oxQRPCClient::waitFor(const QRemoteObjectPendingCall &answer, const S
 
     QElapsedTimer sinceCall;
     sinceCall.start();
-    QTimer limit;
-    limit.setSingleShot(true);
     connect(&limit, &QTimer::timeout, this, [&] {
         const qint64 silence = std::min(sinceCall.elapsed(), link->silence());
         if (silence < m_callTimeout)
@@ -437,18 +457,14 @@ QByteArray oxQRPCClient::waitFor(const QRemoteObjectPendingCall &answer, const S
     });
     limit.start(m_callTimeout);
 
-    if (!answer.isFinished())
-        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
     deliver();
-    if (answer.isFinished())
-        return {};
+    return isAnswered ? QByteArray() : failure;
+}
 
-    // The answer that comes too late says that the main process is back.
-    QRemoteObjectPendingCallWatcher *late = watcher.release();
-    late->setParent(this);
-    late->disconnect(&loop);
-    connect(late, &QRemoteObjectPendingCallWatcher::finished, this, [this] { m_isSilent = false; });
-    connect(late, &QRemoteObjectPendingCallWatcher::finished, late, &QObject::deleteLater);
-    connect(this, &oxQRPCClient::disconnected, late, &QObject::deleteLater);
-    return failure;
+// Also one that comes too late says that the main process is back.
+void oxQRPCClient::takeAnswer()
+{
+    m_isSilent = false;
+    Q_EMIT answered(m_answerSerial, std::exchange(m_answer, {}), {});
 }

@@ -6,6 +6,7 @@
 #include <QQueue>
 #include <QTimer>
 #include <QUrl>
+#include <QVariant>
 
 #include <memory>
 
@@ -14,9 +15,9 @@
 class PacketGate;
 class QDataStream;
 class QIODevice;
+class QMetaMethod;
 class QRemoteObjectDynamicReplica;
 class QRemoteObjectNode;
-class QRemoteObjectPendingCall;
 class QRemoteObjectReplica;
 class ServiceLink;
 struct Emission;
@@ -111,6 +112,8 @@ Q_SIGNALS:
 
     /// A call had no answer in time; the others that wait end with it.
     void fellSilent(QPrivateSignal);
+    /// The answer to the call of that number.
+    void answered(qint32 serial, const QVariant &value, QPrivateSignal);
 
 private Q_SLOTS:
     void acquireServices();
@@ -120,8 +123,8 @@ private:
     template<class Socket>
     void acceptFrom(Socket *socket);
     void startSession();
-    bool isPermitted(quint16 type, QDataStream &packet) const;
-    bool isPermittedForObject(quint16 type, QDataStream &packet) const;
+    bool isPermitted(quint16 type, QDataStream &packet);
+    bool isPermittedForObject(quint16 type, QDataStream &packet);
     const QRemoteObjectReplica *replicaOf(const QString &name) const;
     void updateConnected();
     void announceConnection();
@@ -132,7 +135,9 @@ private:
     void deliver();
     void deliverScheduled();
     void scheduleDelivery();
-    QByteArray waitFor(const QRemoteObjectPendingCall &answer, const ServiceLink *link);
+    qint32 send(const ServiceLink *link, int slotNumber, const QMetaMethod &method, void **arguments);
+    QByteArray waitFor(qint32 serial, const ServiceLink *link, QVariant *result);
+    void takeAnswer();
 
     QList<QObject *> m_services;
     QHash<QObject *, ServiceLink *> m_links;
@@ -143,6 +148,9 @@ private:
     std::unique_ptr<QRemoteObjectNode> m_node;
     std::unique_ptr<QRemoteObjectDynamicReplica> m_serviceList;
     QQueue<Emission> m_emissions;
+    qint32 m_lastSerial = 0;   // of a call
+    qint32 m_answerSerial = 0; // of the answer that was taken
+    QVariant m_answer;
     int m_callTimeout = 30000;
     bool m_isConnected = false;
     bool m_hasComplained = false;
