@@ -47,6 +47,8 @@ private Q_SLOTS:
     void thousandChangesAreUndone();
     void changeOfNothingIsNotUndone();
     void whatWasBeforeANewSceneIsNotUndone();
+    void cameraTellsOfEachChange();
+    void eachCameraKeepsItsView();
     void turntableTurnsByTime();
     void everyMeshIsSound();
 };
@@ -166,6 +168,58 @@ void tst_Scene::whatWasBeforeANewSceneIsNotUndone()
     scene.change(scene.nodes(), QStringLiteral("Something"));
     scene.show(modelOf({{{0, 0, 0}, {}}, {{1, 0, 0}, {}}, {{0, 1, 0}, {}}}));
     QVERIFY(!scene.undoStack()->canUndo());
+}
+
+void tst_Scene::cameraTellsOfEachChange()
+{
+    Scene scene;
+    QSignalSpy signal(&scene, &Scene::cameraChanged);
+    const auto changes = [&signal](const auto &operation) {
+        signal.clear();
+        operation();
+        return signal.count();
+    };
+    for (const int expected : {1, 0}) { // the second time, nothing does
+        QCOMPARE(changes([&scene] { scene.setActiveCamera(2); }), expected);
+        QCOMPARE(changes([&scene] { scene.setTurning(false); }), expected);
+    }
+    QCOMPARE(changes([&scene] { scene.setActiveCamera(-1); }), 0);
+    QCOMPARE(changes([&scene] { scene.setActiveCamera(3); }), 0);
+    QCOMPARE(scene.activeCamera(), 2);
+    for (const int expected : {1, 0})
+        QCOMPARE(changes([&scene] { scene.setView(10, 20, 1); }), expected);
+    QCOMPARE(changes([&scene] { scene.orbit(0, 0); }), 0);
+    QCOMPARE(changes([&scene] { scene.orbit(0, 1); }), 1);
+    QCOMPARE(changes([&scene] { scene.zoom(1); }), 0);
+    QCOMPARE(changes([&scene] { scene.zoom(2); }), 1);
+    for (const int expected : {1, 0})
+        QCOMPARE(changes([&scene] { scene.resetCamera(); }), expected);
+    QVERIFY(scene.isTurning());
+
+    // Where the camera is at its start already, the turntable alone goes on.
+    scene.setTurning(false);
+    QCOMPARE(changes([&scene] { scene.resetCamera(); }), 1);
+}
+
+void tst_Scene::eachCameraKeepsItsView()
+{
+    Scene scene;
+    const auto view = [&scene] {
+        const Camera &camera = scene.camera();
+        return QVector<double>{camera.azimuth(), camera.elevation(), camera.distance()};
+    };
+    QCOMPARE(view(), QVector<double>({30, 18, 1}));
+    scene.setActiveCamera(1);
+    QCOMPARE(view(), QVector<double>({0, 5, 1}));
+    scene.setView(10, 20, 2);
+    scene.orbit(5, -5);
+    scene.zoom(4);
+    QCOMPARE(view(), QVector<double>({15, 15, 0.5}));
+    scene.setActiveCamera(0);
+    QCOMPARE(view(), QVector<double>({30, 18, 1}));
+    scene.setActiveCamera(1);
+    scene.resetCamera();
+    QCOMPARE(view(), QVector<double>({0, 5, 1}));
 }
 
 void tst_Scene::turntableTurnsByTime()
