@@ -41,6 +41,7 @@ private Q_SLOTS:
     void startsWithAMeshOnAFloor();
     void everythingHasItsOwnIdForEver();
     void modelTakesThePlaceOfTheScene();
+    void partsOfAModelKeepTheirMaterialsAndPlaces();
     void modelOfAnySizeStandsOnTheFloor_data();
     void modelOfAnySizeStandsOnTheFloor();
     void changeIsUndoneAndRedone();
@@ -71,7 +72,11 @@ void tst_Scene::everythingHasItsOwnIdForEver()
     const QSet<Scene::Id> before = idsOf(scene);
     QCOMPARE(before.size(), 9);
     QVERIFY(!before.contains(0));
+    QSignalSpy materials(&scene, &Scene::materialsChanged);
+    QSignalSpy nodes(&scene, &Scene::nodesChanged);
     scene.clear();
+    QCOMPARE(materials.count(), 1);
+    QCOMPARE(nodes.count(), 1);
     const QSet<Scene::Id> after = idsOf(scene);
     QCOMPARE(QSet<Scene::Id>(before & after).size(), 3); // the cameras stay
 }
@@ -88,6 +93,28 @@ void tst_Scene::modelTakesThePlaceOfTheScene()
     QVERIFY(scene.nodes().last().isFloor);
     QCOMPARE(materials.count(), 1);
     QCOMPARE(nodes.count(), 1);
+}
+
+void tst_Scene::partsOfAModelKeepTheirMaterialsAndPlaces()
+{
+    Scene::Model model = modelOf({{{0, 0, 0}, {}}, {{1, 0, 0}, {}}, {{0, 1, 0}, {}}});
+    model.materials.append({0, "oxdPhongMaterial", QStringLiteral("Other"), Qt::blue, 0.5});
+    Scene::Node other = model.nodes.first();
+    other.material = 1;
+    other.transform.translate(0, 0, 10); // which makes it deeper than wide
+    model.nodes.append(other);
+    Scene scene;
+    scene.show(model);
+
+    QCOMPARE(scene.materials().size(), 3); // with the floor's
+    const Scene::Node &first = scene.nodes().at(0);
+    const Scene::Node &second = scene.nodes().at(1);
+    QCOMPARE(scene.material(first.material)->name, QStringLiteral("Only"));
+    QCOMPARE(scene.material(second.material)->name, QStringLiteral("Other"));
+    QCOMPARE(first.transform, Scene::fitting(model));
+    QCOMPARE(second.transform, Scene::fitting(model) * other.transform);
+    const QVector3D way = second.transform * QVector3D() - first.transform * QVector3D();
+    QVERIFY((way - QVector3D(0, 0, 1.7f)).length() < 1e-3f);
 }
 
 void tst_Scene::modelOfAnySizeStandsOnTheFloor_data()
@@ -136,6 +163,17 @@ void tst_Scene::changeIsUndoneAndRedone()
     QVERIFY(scene.materials().at(0).color != QColor(Qt::green));
     scene.undoStack()->redo();
     QCOMPARE(scene.materials().at(0).color, QColor(Qt::green));
+    QCOMPARE(signal.count(), 3);
+    QCOMPARE(scene.undoStack()->undoText(), QStringLiteral("Green"));
+
+    QSignalSpy nodesSignal(&scene, &Scene::nodesChanged);
+    QVector<Scene::Node> nodes = scene.nodes().mid(1);
+    nodes[0].isVisible = false;
+    scene.change(nodes, QStringLiteral("Hide"));
+    QVERIFY(!scene.nodes().at(1).isVisible);
+    scene.undoStack()->undo();
+    QVERIFY(scene.nodes().at(1).isVisible);
+    QCOMPARE(nodesSignal.count(), 2);
     QCOMPARE(signal.count(), 3);
 }
 
