@@ -34,6 +34,13 @@
 
 namespace {
 
+// With the address sanitizer Qt goes on with a widget that is gone: its memory is given to nobody else for long.
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool keepsDeletedMemory = true;
+#else
+constexpr bool keepsDeletedMemory = false;
+#endif
+
 constexpr QLatin1String hostOption("--host-of");
 constexpr QLatin1String startAgainOption("--start-again");
 constexpr QLatin1String reloadOption("--reload-often");
@@ -469,7 +476,9 @@ void tst_hostilePlugins::initTestCase()
              .killsTheProcess(SIGSEGV)
              .harms({"Before works, After works"})
              .ignores("^QWidget::repaint: Recursive repaint detected\n")},
-        {"deletes_itself_as_it_paints", Outcome().killsTheProcess(SIGSEGV).harms({"Before works, After works"})},
+        {"deletes_itself_as_it_paints",
+         keepsDeletedMemory ? Outcome().usesPythonQt()
+                            : Outcome().killsTheProcess(SIGSEGV).harms({"Before works, After works"})},
         {"recursion_without_limit", Outcome().killsTheProcess(SIGSEGV)},
         {"sys_exit", Outcome().prints({info("before"), {}})},
         {"sys_exit_with_text", Outcome().prints(fails(errors({"the reason"})))},
@@ -720,7 +729,8 @@ void tst_hostilePlugins::init()
     environment.insert("TMPDIR", folder.filePath("Run"));
     environment.insert("XDG_RUNTIME_DIR", folder.filePath("Run"));
     // Where a sanitizer is built in, it leaves the signals alone.
-    environment.insert("ASAN_OPTIONS", environment.value("ASAN_OPTIONS") + ":handle_segv=0:handle_abort=0");
+    for (const char *name : {"ASAN_OPTIONS", "TSAN_OPTIONS"})
+        environment.insert(name, environment.value(name) + ":handle_segv=0:handle_abort=0");
     m_process.setProcessEnvironment(environment);
     m_process.setWorkingDirectory(m_folder->path());
 }

@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QPushButton>
 #include <QtTest>
 
@@ -495,6 +496,11 @@ void tst_oxFileIOServiceRemoteImpl::missingMainWindowServiceIsFatal()
 {
     QFETCH(QByteArray, line);
     QProcess process;
+    // Where a sanitizer is built in, what it says of this end is no finding.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *name : {"ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"})
+        environment.insert(name, environment.value(name) + ":log_path=stderr");
+    process.setProcessEnvironment(environment);
     process.start(QCoreApplication::applicationFilePath(), {childOption, QString::fromLatin1(QTest::currentDataTag())});
     QVERIFY(process.waitForFinished());
 

@@ -44,6 +44,12 @@ void *operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
+// The standard library's calls the one above; a sanitizer's does not.
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept
+{
+    return std::malloc(size);
+}
+
 void operator delete(void *memory) noexcept
 {
     std::free(memory);
