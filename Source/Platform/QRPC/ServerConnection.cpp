@@ -8,19 +8,13 @@
 #include "InterfaceClass.h"
 #include "ServiceList.h"
 
-namespace {
-
-// Qt's own listeners are open to other users: so hosts get their connections from us.
-const QUrl noListener(QStringLiteral("ox:"));
-
-} // namespace
-
+// Qt's own listeners are open to other users: so the host has none, and gets its connection from us.
 ServerConnection::ServerConnection(QIODevice *socket, ServiceList *list, const QList<QObject *> &services,
                                    QObject *parent)
     : QObject(parent)
     , m_gate(
           socket, [this](quint16 type, QDataStream &packet) { return verdict(type, packet); }, this)
-    , m_host(noListener, QUrl(), QRemoteObjectHost::AllowExternalRegistration)
+    , m_host(QUrl(QStringLiteral("ox:")), QUrl(), QRemoteObjectHost::AllowExternalRegistration)
 {
     m_host.enableRemoting(list);
     for (QObject *service : services)
