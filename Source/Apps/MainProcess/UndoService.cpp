@@ -6,7 +6,7 @@ UndoService::UndoService(QUndoStack *stack, QObject *parent)
     : oxUndoService(parent)
     , m_stack(stack)
 {
-    // Emitted for each change of the stack, and after all of its other signals.
+    // Emitted for each change of the stack, whichever of the answers is another one.
     connect(m_stack, &QUndoStack::indexChanged, this, &UndoService::changed);
 }
 
