@@ -498,7 +498,7 @@ void tst_oxFileIOServiceRemoteImpl::missingMainWindowServiceIsFatal()
     QProcess process;
     // Where a sanitizer is built in, what it says of this end is no finding.
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const char *name : {"ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"})
+    for (const char *name : {"ASAN_OPTIONS", "TSAN_OPTIONS"})
         environment.insert(name, environment.value(name) + ":log_path=stderr");
     process.setProcessEnvironment(environment);
     process.start(QCoreApplication::applicationFilePath(), {childOption, QString::fromLatin1(QTest::currentDataTag())});
