@@ -434,7 +434,7 @@ void tst_hostileStreams::secondaryProcessEndsAConnectionThatIsNoMainProcess_data
     QTest::newRow("signal with an argument of another type")
         << right + packet(invoke, serviceList, int(QMetaObject::InvokeMetaMethod), 0, QVariantList{1}, -1, -1);
     QTest::newRow("property of another type") << right + packet(propertyChange, serviceList, 0, QVariant(1));
-    QTest::newRow("property that is none") << right + packet(propertyChange, serviceList, 1, QVariant(1));
+    QTest::newRow("property that is none") << right + packet(propertyChange, serviceList, 1000, QVariant());
     QTest::newRow("request for an object") << packet(addObject, serviceList, true);
     QTest::newRow("ping") << packet(ping, serviceList);
 }
