@@ -183,6 +183,7 @@ private:
     void stopTurning();
     QImage frameWith(const std::function<bool(const QImage &)> &isExpected);
     QImage nextFrame();
+    QImage newestFrame(QImage *frame);
     QImage lastFrame();
     QByteArray line(QProcess::ProcessChannel channel);
     QString writeFile(const char *name, const QByteArray &content);
@@ -260,6 +261,13 @@ QImage tst_MainProcess::nextFrame()
     m_secondary->render.resize(480, m_secondary->render.getHeight() == 270 ? 271 : 270);
     const int height = m_secondary->render.getHeight();
     return frameWith([height](const QImage &picture) { return picture.height() == height; });
+}
+
+// The last of them that came, or what it was before. One with smooth edges may follow yet.
+QImage tst_MainProcess::newestFrame(QImage *frame)
+{
+    while (m_frames.read(frame)) {}
+    return *frame;
 }
 
 // The one after which no other comes.
@@ -464,12 +472,15 @@ void tst_MainProcess::frameBufferHoldsThePicture()
 {
     startAndConnect();
     stopTurning();
-    const QImage shared = lastFrame();
-    const QByteArray pixels = m_secondary->render.getFrameBuffer();
-    QCOMPARE(pixels.size(), 4 * shared.width() * shared.height());
-    const QImage picture(reinterpret_cast<const uchar *>(pixels.constData()), shared.width(), shared.height(),
-                         QImage::Format_RGB32);
-    QCOMPARE(picture, shared);
+    QImage shared = nextFrame();
+    const auto picture = [this, &shared] {
+        const QByteArray pixels = m_secondary->render.getFrameBuffer();
+        return QImage(reinterpret_cast<const uchar *>(pixels.constData()), shared.width(), shared.height(),
+                      pixels.size() / shared.height(), QImage::Format_RGB32)
+            .copy();
+    };
+    QTRY_COMPARE(picture(), newestFrame(&shared));
+    QCOMPARE(m_secondary->render.getFrameBuffer().size(), 4 * shared.width() * shared.height());
     // The right way up, in the right colours: the pedestal is below the knot, and the knot is copper.
     QVERIFY(pixelsOf(shared.copy(0, 0, shared.width(), shared.height() / 2), copper)
             > 2 * pixelsOf(shared.copy(0, shared.height() / 2, shared.width(), shared.height() / 2), copper));
@@ -481,12 +492,13 @@ void tst_MainProcess::compressedFrameBufferIsAPictureFile()
     startAndConnect();
     stopTurning();
     oxRenderService &render = m_secondary->render;
-    const QImage shared = lastFrame();
+    QImage shared = nextFrame();
     QCOMPARE(render.getCodec(), 0);
     render.setQuality(95);
     QCOMPARE(render.getQuality(), 95);
-    const QByteArray good = render.getCompressedFrameBuffer();
-    QVERIFY(difference(QImage::fromData(good, "JPG"), shared) < 0.01);
+    QByteArray good;
+    const auto goodPicture = [&] { return QImage::fromData(good = render.getCompressedFrameBuffer(), "JPG"); };
+    QTRY_VERIFY(difference(goodPicture(), newestFrame(&shared)) < 0.01);
     render.setQuality(-1);
     QCOMPARE(render.getQuality(), 0);
     const QByteArray bad = render.getCompressedFrameBuffer();
@@ -494,7 +506,7 @@ void tst_MainProcess::compressedFrameBufferIsAPictureFile()
     QVERIFY(bad.size() < good.size() / 2);
     render.setCodec(1);
     QCOMPARE(render.getCodec(), 1);
-    QCOMPARE(QImage::fromData(render.getCompressedFrameBuffer(), "PNG"), shared);
+    QTRY_COMPARE(QImage::fromData(render.getCompressedFrameBuffer(), "PNG"), newestFrame(&shared));
     render.setBitrate(1000);
     QCOMPARE(render.getBitrate(), 1000);
 }
