@@ -29,6 +29,8 @@ PacketGate::PacketGate(QIODevice *socket, Check check, QObject *parent)
     connect(socket, SIGNAL(disconnected()), this, SLOT(endConnection()));
     connect(this, &QIODevice::aboutToClose, this, &PacketGate::endConnection);
     open(ReadWrite | Unbuffered);
+    m_packet.reserve(1); // so that they keep their memory
+    m_sent.reserve(1);
 }
 
 void PacketGate::start()
@@ -67,11 +69,11 @@ qint64 PacketGate::writeData(const char *data, qint64 size)
     return count;
 }
 
-void PacketGate::sendPacket(QByteArray *packet)
+void PacketGate::sendPacket()
 {
-    qToBigEndian(quint32(packet->size() - lengthSize), packet->data());
+    qToBigEndian(quint32(m_sent.size() - lengthSize), m_sent.data());
     if (isOpen())
-        write(*packet);
+        write(m_sent);
 }
 
 // The reader may run an event loop, by a slot that it calls: then this comes back when it has returned.
@@ -88,7 +90,7 @@ void PacketGate::readSocket()
             if (m_isOverread || bytesAvailable() > 0)
                 refuse();
         }
-        m_packet.clear();
+        m_packet.resize(0);
         m_position = 0;
     }
     m_isBusy = false;
@@ -105,7 +107,8 @@ bool PacketGate::readPacket()
         return refuse();
     if (m_socket->bytesAvailable() < lengthSize + qint64(length))
         return false;
-    m_packet = m_socket->read(lengthSize + qint64(length));
+    m_packet.resize(lengthSize + int(length));
+    m_socket->read(m_packet.data(), m_packet.size());
     m_position = 0;
     const Verdict result = verdict();
     m_isTaken = result == Verdict::Take;

@@ -50,12 +50,12 @@ public:
     template<class... Parts>
     void send(Type type, const Parts &...parts)
     {
-        QByteArray packet;
-        QDataStream stream(&packet, WriteOnly);
+        m_sent.resize(0);
+        QDataStream stream(&m_sent, WriteOnly);
         stream.setVersion(version);
         stream << quint32(0) << quint16(type);
         static_cast<void>((stream << ... << parts));
-        sendPacket(&packet);
+        sendPacket();
     }
 
     bool isSequential() const override { return true; }
@@ -76,7 +76,7 @@ private Q_SLOTS:
     void endConnection();
 
 private:
-    void sendPacket(QByteArray *packet);
+    void sendPacket();
     bool readPacket();
     Verdict verdict() const;
     bool refuse();
@@ -85,6 +85,7 @@ private:
     QIODevice *m_socket;
     Check m_check;
     QByteArray m_packet; // with its length in front
+    QByteArray m_sent;   // the same; its memory is used again
     int m_position = 0;
     bool m_isTaken = false;
     bool m_isBusy = false;
