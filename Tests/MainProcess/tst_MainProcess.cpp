@@ -479,7 +479,7 @@ void tst_MainProcess::frameBufferHoldsThePicture()
                       pixels.size() / shared.height(), QImage::Format_RGB32)
             .copy();
     };
-    QTRY_COMPARE(picture(), newestFrame(&shared));
+    QTRY_COMPARE_WITH_TIMEOUT(picture(), newestFrame(&shared), limit);
     QCOMPARE(m_secondary->render.getFrameBuffer().size(), 4 * shared.width() * shared.height());
     // The right way up, in the right colours: the pedestal is below the knot, and the knot is copper.
     QVERIFY(pixelsOf(shared.copy(0, 0, shared.width(), shared.height() / 2), copper)
@@ -498,7 +498,7 @@ void tst_MainProcess::compressedFrameBufferIsAPictureFile()
     QCOMPARE(render.getQuality(), 95);
     QByteArray good;
     const auto goodPicture = [&] { return QImage::fromData(good = render.getCompressedFrameBuffer(), "JPG"); };
-    QTRY_VERIFY(difference(goodPicture(), newestFrame(&shared)) < 0.01);
+    QTRY_VERIFY_WITH_TIMEOUT(difference(goodPicture(), newestFrame(&shared)) < 0.01, limit);
     render.setQuality(-1);
     QCOMPARE(render.getQuality(), 0);
     const QByteArray bad = render.getCompressedFrameBuffer();
@@ -506,7 +506,7 @@ void tst_MainProcess::compressedFrameBufferIsAPictureFile()
     QVERIFY(bad.size() < good.size() / 2);
     render.setCodec(1);
     QCOMPARE(render.getCodec(), 1);
-    QTRY_COMPARE(QImage::fromData(render.getCompressedFrameBuffer(), "PNG"), newestFrame(&shared));
+    QTRY_COMPARE_WITH_TIMEOUT(QImage::fromData(render.getCompressedFrameBuffer(), "PNG"), newestFrame(&shared), limit);
     render.setBitrate(1000);
     QCOMPARE(render.getBitrate(), 1000);
 }
