@@ -2,7 +2,6 @@
 
 #include <QMutex>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <atomic>
@@ -23,10 +22,6 @@ class Renderer : public oxRenderService
     Q_OBJECT
 
 public:
-    explicit Renderer(const QString &memoryName)
-        : m_memoryName(memoryName)
-    {}
-
     QString getSharedMemoryName() override
     {
         Q_EMIT frameRendered(0); // it goes on rendering
@@ -71,7 +66,7 @@ public:
     bool isAskedForPictures() const { return m_isAskedForPictures; }
     /// From now on there is another frame whenever a picture is taken.
     void getAhead() { m_isAlwaysAhead = true; }
-    void shareFrames() { m_memory.open(m_memoryName, QSize(1000, 1000)); }
+    void shareFrames() { m_memory.open(QSize(1000, 1000)); }
     void render(const QColor &color, const QSize &size)
     {
         m_frame = QImage(size, QImage::Format_RGB32);
@@ -104,7 +99,6 @@ private:
         m_notes.append(text);
     }
 
-    QString m_memoryName;
     oxFrameWriter m_memory;
     QImage m_frame;
     std::atomic<bool> m_isAskedForPictures = false;
@@ -152,7 +146,6 @@ private:
         QCoreApplication::sendEvent(m_view.get(), &copy);
     }
 
-    QTemporaryDir m_folder;
     std::unique_ptr<MainThread> m_main;
     std::unique_ptr<Renderer> m_renderer;
     std::unique_ptr<oxRenderService> m_service;
@@ -186,7 +179,7 @@ void tst_RenderView::startMain(bool sharesFrames)
 {
     QSignalSpy connected(m_mainProcess.get(), &MainProcess::connected);
     m_main = std::make_unique<MainThread>();
-    m_renderer = std::make_unique<Renderer>(m_folder.filePath(QStringLiteral("frames")));
+    m_renderer = std::make_unique<Renderer>();
     m_main->offer(m_renderer.get());
     if (sharesFrames)
         m_main->run([this] { m_renderer->shareFrames(); });
@@ -240,7 +233,7 @@ void tst_RenderView::framesOverTheConnectionLeaveTimeForCalls()
 void tst_RenderView::showsAFrameThatWasRenderedBefore()
 {
     m_main = std::make_unique<MainThread>();
-    m_renderer = std::make_unique<Renderer>(m_folder.filePath(QStringLiteral("frames")));
+    m_renderer = std::make_unique<Renderer>();
     m_main->offer(m_renderer.get());
     m_main->run([this] { m_renderer->shareFrames(); });
     render(Qt::cyan);
@@ -278,7 +271,7 @@ void tst_RenderView::asksForItsSize()
 {
     m_view->resize(500, 350);
     m_main = std::make_unique<MainThread>();
-    m_renderer = std::make_unique<Renderer>(m_folder.filePath(QStringLiteral("frames")));
+    m_renderer = std::make_unique<Renderer>();
     m_main->offer(m_renderer.get());
     QVERIFY(m_client->connectToHost(m_main->address()));
     QTRY_COMPARE(m_renderer->notes().value(0), QStringLiteral("resize 500 350"));

@@ -36,9 +36,9 @@ RenderService::RenderService(Scene *scene, Renderer *renderer, const QSize &size
 
 RenderService::~RenderService() = default;
 
-bool RenderService::shareFrames(const QString &name)
+bool RenderService::shareFrames()
 {
-    const bool isOpen = m_frames.open(name, largestSize());
+    const bool isOpen = m_frames.open(largestSize());
     requestFrame();
     return isOpen;
 }

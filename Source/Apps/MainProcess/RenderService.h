@@ -27,7 +27,7 @@ public:
     /// Opens the memory that frames go to.
     /// @return false when that is not possible, errorString() says why; frames are then only for
     ///         those who ask for them
-    bool shareFrames(const QString &name);
+    bool shareFrames();
     QString errorString() const;
 
     static QSize largestSize() { return {3840, 2160}; }

@@ -2,9 +2,7 @@
 // processes.
 
 #include <QCommandLineParser>
-#include <QDir>
 #include <QGuiApplication>
-#include <QStandardPaths>
 #include <QUrl>
 
 #include <algorithm>
@@ -51,14 +49,6 @@ void registerDataObjects()
 #define OX_REGISTER(Class, Levels, Container, Python) oxdObjectManager::registerType<Class>(0);
     OXD_CLASSES(OX_REGISTER)
 #undef OX_REGISTER
-}
-
-// Of this user alone, and one for each address, which no other process listens at.
-QString frameMemoryName(const QUrl &address)
-{
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    const QByteArray name = QUrl::toPercentEncoding(address.toString(), QByteArray(), ".");
-    return QDir(folder).filePath(QStringLiteral("oxFrames-") + QString::fromLatin1(name));
 }
 
 } // namespace
@@ -128,7 +118,7 @@ int main(int argc, char **argv)
         parser.isSet(listen) ? QUrl(parser.value(listen)) : oxQRPCAddress::ofSession(parser.value(session));
     if (!server.listen(address))
         return fail(server.errorString());
-    if (!renderService.shareFrames(frameMemoryName(server.address())))
+    if (!renderService.shareFrames())
         fail(QStringLiteral("frames are not shared: ") + renderService.errorString());
 
     terminationSignals.connectToApplication();

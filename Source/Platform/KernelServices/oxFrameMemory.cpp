@@ -1,5 +1,3 @@
-#include <QSharedMemory>
-
 #include "oxFrameMemory_p.h"
 
 namespace {
@@ -14,11 +12,6 @@ constexpr qint64 wholePages(qint64 bytes)
 int oxFrameMemory::sizeFor(const QSize &largest)
 {
     return static_cast<int>(pageSize + 2 * wholePages(frameSize(largest)));
-}
-
-qint64 oxFrameMemory::slotSize(const QSharedMemory &memory)
-{
-    return (memory.size() - pageSize) / 2 / pageSize * pageSize;
 }
 
 qint64 oxFrameMemory::frameSize(const QSize &size)

@@ -5,10 +5,12 @@
 #include <array>
 #include <atomic>
 
-class QSharedMemory;
-
 /// What is in the shared memory between oxFrameWriter and oxFrameReader: a page with the header,
 /// then two slots for frames, which the frames take in turn.
+///
+/// The memory is a file without a place in a folder: the system frees it with the last process that
+/// has it open, so that a killed one leaves nothing behind, and it is sealed at its size, as whoever
+/// reads beyond the end of a file that was cut off is killed.
 ///
 /// Nobody locks anything, as a process that is killed or stopped would keep the lock. A slot's
 /// sequence is odd while its frame is written: a reader that finds it changed after it copied the
@@ -42,7 +44,10 @@ int sizeFor(const QSize &largest);
 
 /// Room of one slot, by the size that the system gives for the memory: what the header says is not
 /// to be trusted. Negative for a memory without slots.
-qint64 slotSize(const QSharedMemory &memory);
+constexpr qint64 slotSize(qint64 memorySize)
+{
+    return (memorySize - pageSize) / 2 / pageSize * pageSize;
+}
 
 constexpr size_t slotOf(quint64 frame)
 {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <QFile>
 #include <QImage>
-#include <QSharedMemory>
 #include <QString>
 
 #include "oxkernelservices_export.h"
@@ -19,7 +19,8 @@ public:
     /// writer was started again.
     ///
     /// @param name what oxRenderService::getSharedMemoryName() says
-    /// @return false, and errorString() says why, where there is none
+    /// @return false, and errorString() says why, where there is none, or one that could be cut off
+    ///         under the reader
     bool attach(const QString &name);
     void detach();
     bool isAttached() const;
@@ -38,7 +39,9 @@ private:
 
     bool readFrame(quint64 number, QImage *frame) const;
 
-    QSharedMemory m_memory;
+    QFile m_file;
+    uchar *m_memory = nullptr; // all of the file
+    qint64 m_slotSize = 0;
     QString m_error;
     quint64 m_frame = 0; // the one that was read last
 };

@@ -1,22 +1,21 @@
 #include "oxFrameWriter.h"
 
+#include <QCoreApplication>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "oxFrameMemory_p.h"
 
 using namespace oxFrameMemory;
 
 namespace {
 
-Header *header(QSharedMemory *memory)
+Header *header(uchar *memory)
 {
-    return static_cast<Header *>(memory->data());
-}
-
-// Native names: a plain one comes with a semaphore, which a process may hold when it is stopped.
-std::unique_ptr<QSharedMemory> memoryNamed(const QString &name)
-{
-    auto memory = std::make_unique<QSharedMemory>();
-    memory->setNativeKey(name);
-    return memory;
+    return reinterpret_cast<Header *>(memory);
 }
 
 } // namespace
@@ -25,40 +24,37 @@ oxFrameWriter::oxFrameWriter() = default;
 
 oxFrameWriter::~oxFrameWriter() = default;
 
-bool oxFrameWriter::open(const QString &name, const QSize &largest)
+bool oxFrameWriter::open(const QSize &largest)
 {
-    if (frameSize(largest) < 0 || 2 * frameSize(largest) > 0x7f000000) {
-        m_error = QStringLiteral("no memory holds frames of %1x%2").arg(largest.width()).arg(largest.height());
+    m_file.unmap(m_memory); // close() does not
+    m_file.close();
+    m_memory = nullptr;
+    m_frame = 0;
+    m_error = frameSize(largest) < 0 || 2 * frameSize(largest) > 0x7f000000
+        ? QStringLiteral("no memory holds frames of %1x%2").arg(largest.width()).arg(largest.height())
+        : create(sizeFor(largest));
+    if (!m_error.isEmpty())
         return false;
-    }
-    m_memory = createOrTakeOver(name, sizeFor(largest));
-    if (!m_memory)
-        return false;
-    m_error.clear();
-
-    Header *memory = header(m_memory.get());
-    if (memory->magic != magic || memory->version != version) {
-        memory->newest = 0;
-        memory->version = version;
-        memory->magic = magic;
-    }
-    m_frame = memory->newest;
+    header(m_memory)->version = version;
+    header(m_memory)->magic = magic;
     return true;
 }
 
-// One object for each attempt: after a failed one, QSharedMemory does not get to the next.
-std::unique_ptr<QSharedMemory> oxFrameWriter::createOrTakeOver(const QString &name, int size)
+// Returns why that was not possible; empty when it was.
+QString oxFrameWriter::create(int size)
 {
-    {
-        std::unique_ptr<QSharedMemory> old = memoryNamed(name);
-        if (old->attach() && old->size() == size)
-            return old;
-    } // nobody else's? Then the one of another size goes with this object.
-    std::unique_ptr<QSharedMemory> memory = memoryNamed(name);
-    if (memory->create(size))
-        return memory;
-    m_error = memory->errorString();
-    return nullptr;
+    const int descriptor = memfd_create("oxFrames", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+    if (descriptor < 0)
+        return qt_error_string();
+    const bool isReady = fchmod(descriptor, S_IRUSR | S_IWUSR) == 0 && ftruncate(descriptor, size) == 0
+        && fcntl(descriptor, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) == 0;
+    const QString error = isReady ? QString() : qt_error_string();
+    m_file.open(descriptor, QIODevice::ReadWrite, QFileDevice::AutoCloseHandle); // maps up to the size of now
+    if (!isReady)
+        return error;
+    m_memory = m_file.map(0, size);
+    m_slotSize = slotSize(size);
+    return m_memory ? QString() : m_file.errorString();
 }
 
 QString oxFrameWriter::errorString() const
@@ -68,13 +64,15 @@ QString oxFrameWriter::errorString() const
 
 QString oxFrameWriter::name() const
 {
-    return m_memory ? m_memory->nativeKey() : QString();
+    if (!m_memory)
+        return {};
+    return QStringLiteral("/proc/%1/fd/%2").arg(QCoreApplication::applicationPid()).arg(m_file.handle());
 }
 
 bool oxFrameWriter::hasRoomFor(const QSize &size) const
 {
     const qint64 bytes = frameSize(size);
-    return m_memory && bytes > 0 && bytes <= slotSize(*m_memory);
+    return m_memory && bytes > 0 && bytes <= m_slotSize;
 }
 
 uchar *oxFrameWriter::begin(const QSize &size)
@@ -82,19 +80,18 @@ uchar *oxFrameWriter::begin(const QSize &size)
     if (!hasRoomFor(size))
         return nullptr;
     const quint64 next = m_frame + 1;
-    Slot &slot = header(m_memory.get())->slots[slotOf(next)];
+    Slot &slot = header(m_memory)->slots[slotOf(next)];
     slot.sequence.store(2 * next - 1, std::memory_order_relaxed);
     std::atomic_thread_fence(std::memory_order_release); // before the first pixel
     slot.width.store(size.width(), std::memory_order_relaxed);
     slot.height.store(size.height(), std::memory_order_relaxed);
-    return static_cast<uchar *>(m_memory->data()) + pageSize + slotOf(next) * static_cast<size_t>(slotSize(*m_memory));
+    return m_memory + pageSize + static_cast<qint64>(slotOf(next)) * m_slotSize;
 }
 
 quint64 oxFrameWriter::finish()
 {
     const quint64 frame = ++m_frame;
-    Header *memory = header(m_memory.get());
-    memory->slots[slotOf(frame)].sequence.store(2 * frame, std::memory_order_release);
-    memory->newest.store(frame, std::memory_order_release);
+    header(m_memory)->slots[slotOf(frame)].sequence.store(2 * frame, std::memory_order_release);
+    header(m_memory)->newest.store(frame, std::memory_order_release);
     return frame;
 }

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <QSharedMemory>
+#include <QFile>
 #include <QSize>
 #include <QString>
-
-#include <memory>
 
 #include "oxkernelservices_export.h"
 
@@ -12,26 +10,23 @@
 /// that both share. oxFrameReader is the other end.
 ///
 /// Frames are written in place and never wait for a reader, however slow, stopped or dead that is.
-/// One writer for each name; one thread.
+/// One thread.
 class OXKERNELSERVICES_EXPORT oxFrameWriter
 {
 public:
     oxFrameWriter();
-    /// Gives the memory back; readers that are attached keep it, with its last frame.
+    /// Readers that are attached keep the memory, with its last frame.
     ~oxFrameWriter();
 
-    /// Makes the memory, or takes over the one that an earlier process left under that name: readers
-    /// that are still attached to it see the new frames.
+    /// Makes the memory, in place of an earlier one. It goes with the last process that uses it,
+    /// however that ends.
     ///
-    /// @param name    path of a file that names the memory. It is made, and goes with the last
-    ///                process that uses the memory. Others must not be able to write to its folder.
     /// @param largest frames up to as many pixels fit in
-    /// @return false, and errorString() says why, where there is no such folder, not enough memory,
-    ///         or the name belongs to a memory of another size that is in use
-    bool open(const QString &name, const QSize &largest);
+    /// @return false, and errorString() says why, where the system gives no such memory
+    bool open(const QSize &largest);
     QString errorString() const;
 
-    /// What oxFrameReader::attach() takes; empty before open().
+    /// What oxFrameReader::attach() takes, another one for each writer; empty before open().
     QString name() const;
 
     /// Whether a frame of that size fits in.
@@ -48,9 +43,11 @@ public:
 private:
     Q_DISABLE_COPY(oxFrameWriter)
 
-    std::unique_ptr<QSharedMemory> createOrTakeOver(const QString &name, int size);
+    QString create(int size);
 
-    std::unique_ptr<QSharedMemory> m_memory;
+    QFile m_file;
+    uchar *m_memory = nullptr; // all of the file
+    qint64 m_slotSize = 0;
     QString m_error;
     quint64 m_frame = 0; // the newest complete one
 };
