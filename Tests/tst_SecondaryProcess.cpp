@@ -5,10 +5,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <csignal>
-
-#include <sys/types.h>
-
+#include "SignalTo.h"
 #include "XServer.h"
 
 namespace {
@@ -235,13 +232,13 @@ void tst_SecondaryProcess::callsOfAStoppedMainProcessEndInTime()
                     "timer.start(100)\n",
                     {QStringLiteral("--call-timeout"), QStringLiteral("500")});
     QTRY_VERIFY_WITH_TIMEOUT(hasPrinted(answer), limit);
-    ::kill(pid_t(m_mainProcess.processId()), SIGSTOP);
+    signalTo(m_mainProcess, SIGSTOP);
     QByteArray errors;
     QTRY_VERIFY_WITH_TIMEOUT(
         (errors += m_process.readAllStandardError())
             .contains("oxQRPCClient: no answer within 500 ms from oxCameraService::getDistance()\n"),
         limit);
-    ::kill(pid_t(m_mainProcess.processId()), SIGCONT);
+    signalTo(m_mainProcess, SIGCONT);
     m_output.clear();
     QTRY_VERIFY_WITH_TIMEOUT(hasPrinted(answer), limit);
 }

@@ -7,7 +7,6 @@
 #include <QtTest>
 
 #include <algorithm>
-#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -15,6 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "SignalTo.h"
 #include "oxFrameReader.h"
 #include "oxFrameWriter.h"
 
@@ -478,7 +478,7 @@ void tst_oxFrameMemory::framesOfAFastWriterAreWhole()
 void tst_oxFrameMemory::writerThatStopsInAFrameKeepsNobodyWaiting()
 {
     startWriter("half");
-    kill(static_cast<pid_t>(m_other.processId()), SIGSTOP);
+    signalTo(m_other, SIGSTOP);
     oxFrameReader reader;
     QVERIFY(reader.attach(m_name));
     QImage frame;

@@ -4,17 +4,16 @@
 #include <QtTest>
 
 #include <algorithm>
-#include <csignal>
 #include <memory>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "SignalTo.h"
 #include "XServer.h"
 #include "oxCameraService.h"
 #include "oxFileIOService.h"
 #include "oxFrameReader.h"
-#include "oxFrameWriter.h"
 #include "oxKernelService.h"
 #include "oxMaterialService.h"
 #include "oxMessageService.h"
@@ -991,7 +990,7 @@ void tst_MainProcess::signalsEndIt()
 {
     QFETCH(int, signal);
     startAndConnect();
-    ::kill(static_cast<pid_t>(m_process->processId()), signal);
+    signalTo(*m_process, signal);
     QVERIFY(m_process->waitForFinished(limit));
     QCOMPARE(m_process->exitStatus(), QProcess::NormalExit);
     QCOMPARE(m_process->exitCode(), 0);

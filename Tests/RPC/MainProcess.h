@@ -3,7 +3,7 @@
 #include <QProcess>
 #include <QUrl>
 
-#include <csignal>
+#include "SignalTo.h"
 
 /// A main process of its own, which offers what echoMain.cpp does. Ends with the object.
 class MainProcess
@@ -28,8 +28,8 @@ public:
         m_process.kill();
         m_process.waitForFinished();
     }
-    void stop() { ::kill(pid_t(m_process.processId()), SIGSTOP); }
-    void goOn() { ::kill(pid_t(m_process.processId()), SIGCONT); }
+    void stop() { signalTo(m_process, SIGSTOP); }
+    void goOn() { signalTo(m_process, SIGCONT); }
 
 private:
     QProcess m_process;
