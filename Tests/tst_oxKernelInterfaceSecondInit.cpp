@@ -4,15 +4,19 @@
 
 #include <QTest>
 
+#include "NextDefinition.h"
 #include "OutputCapture.h"
 #include "PrivateData.h"
 #include "oxKernelServiceFactory.h"
 #include "oxMessageService.h"
 #include "oxQRPCClient.h"
+#include "oxdObjectManager.h"
 
 namespace {
 
 const QByteArray bindingLine = "python binding: oxMessageService\n";
+
+QVector<const QMetaObject *> registeredDataObjects;
 
 QList<oxBaseService *> services()
 {
@@ -43,6 +47,13 @@ QVariant evaluate(const QString &expression)
 
 } // namespace
 
+unsigned long long oxdObjectManager::registerType(const QMetaObject *metaObject)
+{
+    registeredDataObjects.append(metaObject);
+    using Function = unsigned long long(const QMetaObject *);
+    return nextDefinition<Function>("_ZN16oxdObjectManager12registerTypeEPK11QMetaObject")(metaObject);
+}
+
 // The tests build on one another: a process has one interface.
 class tst_oxKernelInterfaceSecondInit : public QObject
 {
@@ -54,9 +65,11 @@ private Q_SLOTS:
     void secondInitReplacesAllServices();
     void replacedServicesStayAlive();
     void secondInitStoresClientAndFlag();
+    void secondInitRegistersTheDataObjectsAgain();
     void secondInitBindsTheNewServicesOnly();
     void secondInitPrintsTheBindingAgain();
     void pythonRunsOnAndSeesTheNewMessageService();
+    void deletedServiceThatWasReplacedLeavesTheNewOneFiled();
 
 private:
     oxQRPCClient m_firstClient;
@@ -117,6 +130,12 @@ void tst_oxKernelInterfaceSecondInit::secondInitStoresClientAndFlag()
     QCOMPARE(privateData(oxKernelInterface::the())->initFlag, false);
 }
 
+void tst_oxKernelInterfaceSecondInit::secondInitRegistersTheDataObjectsAgain()
+{
+    QCOMPARE(registeredDataObjects.size(), 2 * 47);
+    QCOMPARE(registeredDataObjects.mid(47), registeredDataObjects.mid(0, 47));
+}
+
 void tst_oxKernelInterfaceSecondInit::secondInitBindsTheNewServicesOnly()
 {
     QCOMPARE(m_firstClient.services().size(), 28);
@@ -144,6 +163,15 @@ void tst_oxKernelInterfaceSecondInit::pythonRunsOnAndSeesTheNewMessageService()
     auto *message = oxKernelServiceFactory::the()->getService<oxMessageService>();
     message->setObjectName(QStringLiteral("the new one"));
     QCOMPARE(evaluate(QStringLiteral("oxMessageService.objectName")).toString(), QStringLiteral("the new one"));
+}
+
+void tst_oxKernelInterfaceSecondInit::deletedServiceThatWasReplacedLeavesTheNewOneFiled()
+{
+    const QList<oxBaseService *> before = services();
+    for (const auto &service : qAsConst(m_firstServices))
+        delete service;
+
+    QCOMPARE(services(), before);
 }
 
 QTEST_MAIN(tst_oxKernelInterfaceSecondInit)
