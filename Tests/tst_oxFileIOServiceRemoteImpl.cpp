@@ -4,6 +4,7 @@
 #include <QProcessEnvironment>
 #include <QPushButton>
 #include <QtTest>
+#include <qpa/qwindowsysteminterface.h>
 
 #include <functional>
 #include <thread>
@@ -135,6 +136,7 @@ private Q_SLOTS:
     void barWithAnotherMaximumDoesNotSwitch();
     void uploadingBarTakesFurtherValues();
     void eachProgressRepaintsTheDialogAndProcessesEvents();
+    void eachProgressLetsTheUserAct();
     void progressFromAnotherThreadIsAppliedInThisOne();
     void progressOutsideALoadDoesNothing();
     void eachLoadShowsADialogOfItsOwn();
@@ -145,6 +147,7 @@ private Q_SLOTS:
     void resultIsPassedThroughWhenTheDialogIsGone();
     void loadWithoutAConnectionIsFalseAndOneLine();
     void mainWindowDeletedDuringALoad();
+    void barDeletedDuringALoad();
     void missingMainWindowServiceIsFatal_data();
     void missingMainWindowServiceIsFatal();
     void missingFileServiceLeavesTheDialogWithoutProgress();
@@ -371,6 +374,19 @@ void tst_oxFileIOServiceRemoteImpl::eachProgressRepaintsTheDialogAndProcessesEve
     }));
 }
 
+void tst_oxFileIOServiceRemoteImpl::eachProgressLetsTheUserAct()
+{
+    QVERIFY(load([this](QProgressDialog *dialog) {
+        const EventCounter turns(dialog, QEvent::Wheel);
+        const QPoint corner(1, 1);
+        QWindowSystemInterface::handleWheelEvent(dialog->windowHandle(), corner, dialog->mapToGlobal(corner), QPoint(),
+                                                 QPoint(0, 120));
+        QCOMPARE(turns.count, 0);
+        Q_EMIT m_service->progress(0);
+        QCOMPARE(turns.count, 1);
+    }));
+}
+
 void tst_oxFileIOServiceRemoteImpl::progressFromAnotherThreadIsAppliedInThisOne()
 {
     QVERIFY(load([this](const QProgressDialog *dialog) {
@@ -482,6 +498,15 @@ void tst_oxFileIOServiceRemoteImpl::mainWindowDeletedDuringALoad()
     QVERIFY(load([this](const QProgressDialog *) {
         m_window.reset(new QMainWindow);
         Q_EMIT m_service->progress(100);
+    }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::barDeletedDuringALoad()
+{
+    QVERIFY(load([this](const QProgressDialog *dialog) {
+        delete bar(dialog);
+        Q_EMIT m_service->progress(100);
+        QCOMPARE(label(dialog), QStringLiteral("Loading ..."));
     }));
 }
 
