@@ -169,6 +169,8 @@ private Q_SLOTS:
     void secondaryProcessTakesARightDescription();
     void secondaryProcessEndsAConnectionThatIsNoMainProcess_data();
     void secondaryProcessEndsAConnectionThatIsNoMainProcess();
+    void secondaryProcessNamesATypeThatItDoesNotKnow_data();
+    void secondaryProcessNamesATypeThatItDoesNotKnow();
     void secondaryProcessIsNotGivenThePropertiesOfADescription();
     void answerOfAnotherCallIsNotTaken();
     void secondaryProcessGoesOnAfterDamageOfEveryKind();
@@ -377,7 +379,7 @@ void tst_hostileStreams::secondaryProcessEndsAConnectionThatIsNoMainProcess_data
     addDescription("enumeration of an argument", &Description::enumerations,
                    noItems() + bytesOf(1, QByteArray("Kind"), 4));
     addDescription("endless enumerations", &Description::enumerations, bytesOf(endless));
-    addDescription("type that nobody knows", &Description::gadgets, bytesOf(1, QByteArray("Nobody"), 0, 0));
+    addDescription("type of a name that is no text", &Description::gadgets, bytesOf(1, QByteArray("a\nb"), 0, 0));
     addDescription("endless types", &Description::gadgets, bytesOf(endless));
     addDescription("endless properties of a type", &Description::gadgets, bytesOf(1, QByteArray("QLocale"), endless));
     addDescription("endless enumerations of a type", &Description::gadgets,
@@ -403,10 +405,6 @@ void tst_hostileStreams::secondaryProcessEndsAConnectionThatIsNoMainProcess_data
     withProperties.properties = propertyOf("int", 20000);
     withProperties.values = bytesOf(20000) + bytesOf(QVariant(1)).repeated(20000);
     QTest::newRow("20,000 properties") << withProperties.packet();
-    Description ofNoType;
-    ofNoType.properties = propertyOf("Nobody");
-    ofNoType.values = bytesOf(QVariantList{QVariant()});
-    QTest::newRow("property of a type that nobody knows") << ofNoType.packet();
     addDescription("no value", &Description::values, noItems());
     addDescription("value too many", &Description::values, bytesOf(QVariantList{QStringList(), 1}));
     addDescription("value of another type", &Description::values, bytesOf(QVariantList{1}));
@@ -457,6 +455,45 @@ void tst_hostileStreams::secondaryProcessEndsAConnectionThatIsNoMainProcess()
     const QString address = sessionAddress().toString();
     QVERIFY2(lines.contains("oxQRPCClient: what answers at " + address.toUtf8() + " is no main process\n"), lines);
     QVERIFY(!client.isConnected());
+}
+
+void tst_hostileStreams::secondaryProcessNamesATypeThatItDoesNotKnow_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    Description withClass;
+    withClass.gadgets = bytesOf(1, QByteArray("QVector<Nobody>"), 0, 0);
+    QTest::newRow("class of an argument") << withClass.packet();
+    Description withProperty;
+    withProperty.properties = propertyOf("QVector<Nobody>");
+    withProperty.values = bytesOf(QVariantList{QVariant()});
+    QTest::newRow("of a property") << withProperty.packet();
+}
+
+// Not a stranger then, but a main process whose types were not registered. Once, as with a stranger.
+void tst_hostileStreams::secondaryProcessNamesATypeThatItDoesNotKnow()
+{
+    QFETCH(QByteArray, bytes);
+    QLocalServer main;
+    QVERIFY(listenAtSession(&main));
+    int connections = 0;
+    connect(&main, &QLocalServer::newConnection, &main, [&] {
+        ++connections;
+        main.nextPendingConnection()->write(greeting() + bytes);
+    });
+    oxQRPCClient client;
+    const auto linesOfTwoConnections = [&] {
+        connections = 0;
+        return outputOf([&] {
+                   QVERIFY(client.connectToHost(sessionAddress()));
+                   QTRY_VERIFY_WITH_TIMEOUT(connections > 1, 30000);
+               })
+            .standardError;
+    };
+    const QByteArray start = "oxQRPCClient: what answers at " + sessionAddress().toString().toUtf8();
+    QCOMPARE(linesOfTwoConnections(), start + " offers a service with the type 'QVector<Nobody>': register it here\n");
+    QVERIFY(!client.isConnected());
+    bytes = packet(ping, serviceList);
+    QCOMPARE(linesOfTwoConnections(), start + " is no main process\n");
 }
 
 // Qt Remote Objects signals the values of properties with any signal that the description names.

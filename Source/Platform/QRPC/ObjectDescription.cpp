@@ -5,6 +5,8 @@
 #include <QVariant>
 #include <QVector>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int maximumMemberCount = 10000;
@@ -13,8 +15,9 @@ constexpr int maximumNameSize = 1000; // Qt follows the brackets of templates by
 class DescriptionReader
 {
 public:
-    explicit DescriptionReader(QDataStream &packet)
+    DescriptionReader(QDataStream &packet, QByteArray *unknownType)
         : m_packet(packet)
+        , m_unknownType(unknownType)
     {}
 
     // In the order of the packet.
@@ -41,6 +44,16 @@ private:
                 return false;
         }
         return m_packet.status() == QDataStream::Ok;
+    }
+
+    bool isKnown(const QByteArray &typeName)
+    {
+        if (QMetaType::type(typeName) != QMetaType::UnknownType)
+            return true;
+        const bool isPrintable =
+            std::all_of(typeName.cbegin(), typeName.cend(), [](char c) { return c >= ' ' && c <= '~'; });
+        *m_unknownType = isPrintable ? typeName : QByteArray();
+        return false;
     }
 
     bool readName() { return next<QByteArray>().size() <= maximumNameSize; }
@@ -71,7 +84,7 @@ private:
     {
         return readList([this] {
             const auto name = next<QByteArray>();
-            return name.size() <= maximumNameSize && QMetaType::type(name) != QMetaType::UnknownType
+            return name.size() <= maximumNameSize && isKnown(name)
                 && readList([this] { return readName() && readName(); }) // property and type
                 && readList([this] { return readEnumeration(); });
         });
@@ -110,7 +123,7 @@ private:
                 || ++m_memberCount > maximumMemberCount)
                 return false;
             m_propertyTypes.append(QMetaType::type(typeName));
-            return m_propertyTypes.last() != QMetaType::UnknownType;
+            return isKnown(typeName);
         });
     }
 
@@ -128,13 +141,14 @@ private:
     }
 
     QDataStream &m_packet;
+    QByteArray *m_unknownType;
     int m_memberCount = 0;
     QVector<int> m_propertyTypes;
 };
 
 } // namespace
 
-bool isObjectDescription(QDataStream &packet)
+bool isObjectDescription(QDataStream &packet, QByteArray *unknownType)
 {
-    return DescriptionReader(packet).read();
+    return DescriptionReader(packet, unknownType).read();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+class QByteArray;
 class QDataStream;
 
 /// Reads what a packet of the type InitDynamic says after the name of the object: what it looks like,
@@ -8,4 +9,6 @@ class QDataStream;
 ///
 /// Limits: 10,000 signals, methods and properties, names of 1,000 bytes. Types of properties, and
 /// types with a meta-object of their own, have to be known here; enumerations do not travel.
-bool isObjectDescription(QDataStream &packet);
+///
+/// @param unknownType gets the name of a type that is not known here, where that is what is wrong
+bool isObjectDescription(QDataStream &packet, QByteArray *unknownType);

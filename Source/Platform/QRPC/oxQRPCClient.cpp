@@ -257,7 +257,7 @@ bool oxQRPCClient::isPermittedForObject(quint16 type, QDataStream &packet)
     case PacketGate::Pong:
         return true;
     case PacketGate::InitDynamic: // a second one would change the object under those who are connected to it
-        return !(replica && replica->isInitialized()) && isObjectDescription(packet);
+        return !(replica && replica->isInitialized()) && isObjectDescription(packet, &m_unknownType);
     case PacketGate::Invoke:
         return isSignal(packet, replica);
     case PacketGate::InvokeReply:
@@ -287,6 +287,7 @@ void oxQRPCClient::startSession()
     QIODevice *socket = m_socket;
     socket->disconnect(this);
     m_node = std::make_unique<QRemoteObjectNode>();
+    m_unknownType.clear();
     const auto check = [this](quint16 type, QDataStream &packet) {
         if (!isPermitted(type, packet))
             return PacketGate::Verdict::Refuse;
@@ -341,7 +342,11 @@ void oxQRPCClient::retry()
 {
     if (m_gate && m_gate->hasRefused() && !m_hasComplained) {
         m_hasComplained = true;
-        fprintf(stderr, "oxQRPCClient: what answers at %s is no main process\n", qPrintable(m_address.toString()));
+        if (m_unknownType.isEmpty())
+            fprintf(stderr, "oxQRPCClient: what answers at %s is no main process\n", qPrintable(m_address.toString()));
+        else
+            fprintf(stderr, "oxQRPCClient: what answers at %s offers a service with the type '%s': register it here\n",
+                    qPrintable(m_address.toString()), m_unknownType.constData());
     }
     if (m_gate && m_gate->hasOverflowed())
         fprintf(stderr, "oxQRPCClient: the main process does not read what it is sent, the connection was ended\n");

@@ -30,8 +30,10 @@ struct Emission;
 /// A main process that is not there yet is waited for, and one that went is waited for again, in
 /// the background, for as long as the client exists. One that sends what is none of Qt Remote
 /// Objects' packets is given up, and waited for, as well; standard error gets one line for each
-/// connectToHost(): "oxQRPCClient: what answers at local:name is no main process". That is also one
-/// that describes a service with types that are not registered here.
+/// connectToHost(): "oxQRPCClient: what answers at local:name is no main process", or, where a service
+/// has properties of a type that is not registered here, or works with values of a class with Q_GADGET
+/// that is not: "oxQRPCClient: what answers at local:name offers a service with the type 'Shape':
+/// register it here".
 ///
 /// A main process that leaves 256 MB of calls unread is connected to anew, and the calls are lost:
 /// "oxQRPCClient: the main process does not read what it is sent, the connection was ended".
@@ -151,6 +153,7 @@ private:
     qint32 m_lastSerial = 0;   // of a call
     qint32 m_answerSerial = 0; // of the answer that was taken
     QVariant m_answer;
+    QByteArray m_unknownType; // of the description that was refused for it
     int m_callTimeout = 30000;
     bool m_isConnected = false;
     bool m_hasComplained = false;
