@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "PrivateData.h"
+#include "VirtualSlot.h"
 #include "oxKernelServiceFactory.h"
 
 // Qt's own hooks for tools that look into a process.
@@ -24,6 +25,7 @@ private Q_SLOTS:
     void theIsDestroyedAtProcessExit();
     void theHasNoParent();
     void metaObjectHasTheClassNameOnly();
+    void overridesNoHandlerOfQObject();
     void privateDataIsItsOnlyMember();
     void privateDataStartsEmpty();
     void buffersAreEmptyButNotNull();
@@ -121,6 +123,17 @@ void tst_oxKernelInterface::metaObjectHasTheClassNameOnly()
     QCOMPARE(metaObject.enumeratorCount(), metaObject.enumeratorOffset());
     QCOMPARE(metaObject.classInfoCount(), metaObject.classInfoOffset());
     QCOMPARE(metaObject.constructorCount(), 0);
+}
+
+void tst_oxKernelInterface::overridesNoHandlerOfQObject()
+{
+    const QObject plain;
+    const oxKernelInterface interface;
+
+    // event, eventFilter, timerEvent, childEvent, customEvent, connectNotify, disconnectNotify
+    const std::ptrdiff_t first = virtualSlot(&QObject::event);
+    for (std::ptrdiff_t slot = first; slot < first + 7; ++slot)
+        QCOMPARE(functionInSlot(&interface, slot), functionInSlot(&plain, slot));
 }
 
 void tst_oxKernelInterface::privateDataIsItsOnlyMember()

@@ -56,6 +56,7 @@ Q_DECLARE_METATYPE(const QMetaObject *)
 
 namespace {
 
+const std::ptrdiff_t slotOfEvent = virtualSlot(&QObject::event);
 const std::ptrdiff_t slotOfEventFilter = virtualSlot(&QObject::eventFilter);
 const std::ptrdiff_t lastSlotOfBase = virtualSlot(&oxBaseService::invokeMethod);
 
@@ -419,6 +420,7 @@ void tst_serviceInterfaces::subclassOverridesWhatItShouldAndNothingElse_data()
             QTest::newRow(interface.name + "::" + signature)
                 << interface.plain << interface.remote << qint64(slot) << isOverridden;
         };
+        addRow("event(QEvent*)", slotOfEvent, false);
         addRow("eventFilter(QObject*,QEvent*)", slotOfEventFilter, interface.name == "oxRenderService");
         for (std::ptrdiff_t slot = slotOfEventFilter + 1; slot <= lastSlotOfBase; ++slot)
             addRow(QByteArray::number(qint64(slot)), slot, false);
