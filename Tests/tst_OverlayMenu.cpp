@@ -29,6 +29,7 @@ private Q_SLOTS:
     void overlayPeeksInShowsAndHides();
     void shortcutsDiffer();
     void takesModulesAndOutlivesTheirChanges();
+    void listedPanelIsNotTakenForItsModulesEntry();
 
 private:
     QDockWidget *open(const QString &name);
@@ -232,6 +233,19 @@ void tst_OverlayMenu::takesModulesAndOutlivesTheirChanges()
     m_mainWindowService->changeModule(QStringLiteral("Log"), QStringLiteral("&View"), new QWidget);
     QVERIFY(panels);
     QVERIFY(command("Log"));
+}
+
+void tst_OverlayMenu::listedPanelIsNotTakenForItsModulesEntry()
+{
+    const QString clock = QStringLiteral("Clock");
+    open(clock);
+    const QMenu *scripts = m_window->menuBar()->actions().last()->menu();
+    QCOMPARE(entries(), QStringList{clock});
+    m_mainWindowService->changeModule(clock, QStringLiteral("Scripts"), new QLabel);
+    QCOMPARE(scripts->actions().size(), 1);
+
+    m_mainWindowService->subModule(clock);
+    QVERIFY(scripts->isEmpty());
 }
 
 QTEST_MAIN(tst_OverlayMenu)

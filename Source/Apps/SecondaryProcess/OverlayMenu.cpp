@@ -96,7 +96,7 @@ void OverlayMenu::takeAllBack()
 
 void OverlayMenu::listPanels()
 {
-    m_panels->clear();
+    qDeleteAll(m_panels->actions());
     const QList<QDockWidget *> open = openPanels();
     for (QDockWidget *panel : open)
         addEntry(panel, false);
@@ -107,9 +107,12 @@ void OverlayMenu::listPanels()
         m_panels->addAction(tr("No panel is open"))->setEnabled(false);
 }
 
+// Owned by the window: inside the menu bar the main-window service would take it for the module's
+// own entry, which has the same text.
 void OverlayMenu::addEntry(QDockWidget *panel, bool isInOverlay)
 {
-    QAction *entry = m_panels->addAction(panel->windowTitle());
+    auto *entry = new QAction(panel->windowTitle(), m_window);
+    m_panels->addAction(entry);
     entry->setCheckable(true);
     entry->setChecked(isInOverlay);
     connect(entry, &QAction::toggled, panel, [this, panel](bool on) { on ? moveToOverlay(panel) : takeBack(panel); });
