@@ -60,7 +60,7 @@ public:
 
     /// Not available in this process: each prints "oxMainWindowService: addSeparator not
     /// implemented for Remote Service" with its own name on standard output, flushed, and returns
-    /// null. getSynchronisationToolBar() prints nothing.
+    /// null. getExportMenu() prints "RemoteService", and getSynchronisationToolBar() nothing.
     void addSeparator(const QString &menu) override;
     QMenu *getSceneMenu() override;
     QMenu *getSimpleSceneMenu() override;
