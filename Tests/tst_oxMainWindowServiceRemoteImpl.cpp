@@ -137,6 +137,7 @@ private Q_SLOTS:
     void secondModuleReusesTheMenu();
     void menuInsideAnotherMenuIsReused();
     void firstOfTwoMenusInChildOrderIsTaken();
+    void menuOutsideTheMenuBarIsLeftAlone();
     void menuTitlesAreCompared_data();
     void menuTitlesAreCompared();
 
@@ -155,6 +156,7 @@ private Q_SLOTS:
     void closingTheDockUnchecksItsEntry();
     void closeButtonOfTheDockUnchecksItsEntry();
     void entryShowsAndHidesTheDock();
+    void checkMarkSetByTheProgramLeavesTheDockAlone();
     void showAndHideTakeTheFirstOfTwoDocks();
     void showAndHideOfAnUnknownModuleDoNothing();
 
@@ -397,6 +399,19 @@ void tst_oxMainWindowServiceRemoteImpl::firstOfTwoMenusInChildOrderIsTaken()
     QCOMPARE(titles(inside->actions()), QStringList({"Other"}));
 }
 
+void tst_oxMainWindowServiceRemoteImpl::menuOutsideTheMenuBarIsLeftAlone()
+{
+    Window window;
+    const QPointer<QMenu> outside = new QMenu(tools, &window);
+    window.add(module, tools);
+    QVERIFY(outside->isEmpty());
+    QCOMPARE(window.menuTitles(), QStringList({"&File", "Tools", "&Help"}));
+
+    window.service.changeModule(module, tools, new QLabel);
+    QVERIFY(outside);
+    QVERIFY(outside->isEmpty());
+}
+
 void tst_oxMainWindowServiceRemoteImpl::menuTitlesAreCompared_data()
 {
     QTest::addColumn<QString>("title");
@@ -596,6 +611,18 @@ void tst_oxMainWindowServiceRemoteImpl::entryShowsAndHidesTheDock()
         QCOMPARE(window.dock()->isVisible(), isShown);
         QCOMPARE(window.entry()->isChecked(), isShown);
     }
+}
+
+void tst_oxMainWindowServiceRemoteImpl::checkMarkSetByTheProgramLeavesTheDockAlone()
+{
+    Window window;
+    window.add(module);
+    window.entry()->setChecked(true);
+    QVERIFY(!window.dock()->isVisible());
+
+    window.service.changeModule(module, scripts, new QLabel);
+    QVERIFY(window.entry()->isChecked());
+    QVERIFY(!window.dock()->isVisible());
 }
 
 void tst_oxMainWindowServiceRemoteImpl::showAndHideTakeTheFirstOfTwoDocks()
@@ -812,9 +839,11 @@ void tst_oxMainWindowServiceRemoteImpl::changeWithNullContentDoesNothing()
 void tst_oxMainWindowServiceRemoteImpl::changeOfAnUnknownModuleMakesAnEntryWithoutADock()
 {
     Window window;
+    window.addMenu(QStringLiteral("Empty"));
     QLabel content;
     window.service.changeModule(module, tools, &content);
 
+    QCOMPARE(window.menuTitles(), QStringList({"&File", "Tools", "&Help"}));
     QVERIFY(window.docks().isEmpty());
     QVERIFY(!content.parent());
     QCOMPARE(window.menu()->actions(), window.entries());

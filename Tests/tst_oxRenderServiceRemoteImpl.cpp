@@ -8,6 +8,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include <algorithm>
 #include <functional>
 
 #include "NextDefinition.h"
@@ -238,6 +239,23 @@ public:
     int hidden = 0;
 };
 
+// Keeps what became of the panel's swipes, from one state of the gesture to the next.
+class WatchingService : public oxRenderServiceRemoteImpl
+{
+public:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        const bool isTaken = oxRenderServiceRemoteImpl::eventFilter(watched, event);
+        if (event->type() == QEvent::Gesture) {
+            const QGesture *swipe = static_cast<QGestureEvent *>(event)->gesture(Qt::SwipeGesture);
+            swipes.append({swipe->state(), isTaken});
+        }
+        return isTaken;
+    }
+
+    QVector<QPair<Qt::GestureState, bool>> swipes;
+};
+
 // What a slide is to be, in widths of the panel: W times its factor, plus pixels.
 struct Motion
 {
@@ -275,6 +293,7 @@ private Q_SLOTS:
     void panelIsSeeThroughAndNoSmallerThan100();
     void panelGoesWithTheService_data();
     void panelGoesWithTheService();
+    void timerGoesWithTheService();
     void twTimerFinishedIsItsOnlySlot();
 
     void states_data();
@@ -282,6 +301,7 @@ private Q_SLOTS:
     void slideIsAnAnimationThatDeletesItself();
     void slideStartsWhereThePanelIs_data();
     void slideStartsWhereThePanelIs();
+    void stripSlidesOutFromItsPlaceWhereverThePanelIs();
     void slideMovesThePanelAllTheWay();
     void timeOutOpensThePanelInAnyState();
     void panelIsHiddenWhenItHasSlidOut_data();
@@ -307,6 +327,7 @@ private Q_SLOTS:
     void viewIsFoundByItsExactName_data();
     void viewIsFoundByItsExactName();
     void topLevelViewIsTakenWhenTheWindowHasNone();
+    void firstOfTheTopLevelViewsIsTaken();
     void viewInTheWindowIsPreferredToATopLevel();
     void panelMovesToTheViewThatIsThereNow();
     void contentNamedLikeTheViewIsNotTaken();
@@ -332,6 +353,8 @@ private Q_SLOTS:
     void swipeCallsHideOverlayThroughTheVirtualTable();
     void swipeClosesOnlyWhenItIsFinished();
     void swipeOnAContentClosesThePanel();
+    void gestureIsTakenOnlyWhenItIsAFinishedSwipeToTheLeft_data();
+    void gestureIsTakenOnlyWhenItIsAFinishedSwipeToTheLeft();
 
     void contentMovesIntoATab();
     void addedContentIsVisibleInTheShownPanel();
@@ -343,6 +366,7 @@ private Q_SLOTS:
     void addOfWhatIsNotThereDoesNothing_data();
     void addOfWhatIsNotThereDoesNothing();
     void addOfADockWithoutContentDoesNothing();
+    void addTakesTheFirstModuleInChildOrder();
 
     void contentMovesBackIntoItsDock();
     void subGivesBackTheContentOfAVisibleDockVisibly();
@@ -426,6 +450,18 @@ void tst_oxRenderServiceRemoteImpl::panelGoesWithTheService()
 
     QVERIFY(!stage.panel);
     QVERIFY(stage.view);
+}
+
+void tst_oxRenderServiceRemoteImpl::timerGoesWithTheService()
+{
+    Stage stage;
+    stage.goTo(1);
+    stage.send(QEvent::Enter);
+    const QPointer<QTimer> timer = startedTimers.value(0);
+    QVERIFY(timer);
+    stage.service.reset();
+
+    QVERIFY(!timer);
 }
 
 void tst_oxRenderServiceRemoteImpl::twTimerFinishedIsItsOnlySlot()
@@ -554,6 +590,17 @@ void tst_oxRenderServiceRemoteImpl::slideStartsWhereThePanelIs()
     operation(&stage);
 
     COMPARE_SLIDE(slides.value(0), -37, endFactor * stage.panel->width(), duration);
+}
+
+void tst_oxRenderServiceRemoteImpl::stripSlidesOutFromItsPlaceWhereverThePanelIs()
+{
+    Stage stage;
+    stage.goTo(1);
+    stage.panel->move(-37, 11);
+    stage.service->indicateOverlay(false);
+
+    const int width = stage.panel->width();
+    COMPARE_SLIDE(slides.value(0), 20 - width, -width, 200);
 }
 
 void tst_oxRenderServiceRemoteImpl::slideMovesThePanelAllTheWay()
@@ -825,6 +872,21 @@ void tst_oxRenderServiceRemoteImpl::topLevelViewIsTakenWhenTheWindowHasNone()
         QCOMPARE(stage.panel->height(), 600);
         QCOMPARE(slides.size(), 1);
     }
+}
+
+void tst_oxRenderServiceRemoteImpl::firstOfTheTopLevelViewsIsTaken()
+{
+    Stage stage(new oxRenderServiceRemoteImpl);
+    QWidget views[5];
+    for (QWidget &view : views)
+        view.setObjectName(QStringLiteral("RenderWindow"));
+    const QWidgetList topLevels = QApplication::topLevelWidgets();
+    const auto first = std::find_if(topLevels.begin(), topLevels.end(), [](const QWidget *widget) {
+        return widget->objectName() == QStringLiteral("RenderWindow");
+    });
+    stage.service->showOverlay();
+
+    QCOMPARE(stage.panel->parent(), *first);
 }
 
 void tst_oxRenderServiceRemoteImpl::viewInTheWindowIsPreferredToATopLevel()
@@ -1133,6 +1195,42 @@ void tst_oxRenderServiceRemoteImpl::swipeOnAContentClosesThePanel()
     QCOMPARE(stage.findState(), 0);
 }
 
+void tst_oxRenderServiceRemoteImpl::gestureIsTakenOnlyWhenItIsAFinishedSwipeToTheLeft_data()
+{
+    QTest::addColumn<int>("state");
+    QTest::addColumn<QPoint>("stroke");
+    QTest::addColumn<int>("fingers");
+    QTest::addColumn<bool>("isTaken");
+    QTest::newRow("to the left") << 2 << QPoint(-150, 0) << 1 << true;
+    QTest::newRow("to the left, on the way out") << 0 << QPoint(-150, 0) << 1 << true;
+    QTest::newRow("to the right") << 2 << QPoint(150, 0) << 3 << false;
+}
+
+void tst_oxRenderServiceRemoteImpl::gestureIsTakenOnlyWhenItIsAFinishedSwipeToTheLeft()
+{
+    QFETCH(int, state);
+    QFETCH(QPoint, stroke);
+    QFETCH(int, fingers);
+    QFETCH(bool, isTaken);
+    auto *service = new WatchingService;
+    Stage stage(service);
+    stage.addView({2000, 600});
+    stage.window.show();
+    stage.goTo(2);
+    if (state == 0) {
+        service->hideOverlay();
+        slides.first().animation->pause();
+    }
+    Touch(stage.panel).swipe({200, 300}, QPoint(200, 300) + stroke, fingers);
+
+    QVERIFY(service->swipes.size() >= 2);
+    const auto end = service->swipes.takeLast();
+    QCOMPARE(end.first, Qt::GestureFinished);
+    QCOMPARE(end.second, isTaken);
+    for (const auto &swipe : qAsConst(service->swipes))
+        QVERIFY(!swipe.second);
+}
+
 // addOverlay()
 
 void tst_oxRenderServiceRemoteImpl::contentMovesIntoATab()
@@ -1243,6 +1341,20 @@ void tst_oxRenderServiceRemoteImpl::addOfADockWithoutContentDoesNothing()
     stage.service->addOverlay(module); // its content is in the tab already
 
     QCOMPARE(stage.tabContents(), QWidgetList({contents[0], contents[1]}));
+}
+
+void tst_oxRenderServiceRemoteImpl::addTakesTheFirstModuleInChildOrder()
+{
+    Stage stage;
+    auto *plain = new QDockWidget(module, &stage.window);
+    plain->setWidget(new QWidget);
+    auto *inside = new QOXDockWidget(module, QStringLiteral("Tools"), QIcon(), new QMainWindow(&stage.window));
+    auto *content = new QWidget;
+    inside->setWidget(content);
+    stage.addModule();
+    stage.service->addOverlay(module);
+
+    QCOMPARE(stage.tabContents(), QWidgetList({content}));
 }
 
 // subOverlay()
@@ -1435,6 +1547,8 @@ void callEverything(Stage *stage)
 
 void tst_oxRenderServiceRemoteImpl::withoutAMainWindowNothingHappens()
 {
+    QWidget topLevel;
+    topLevel.setObjectName(QStringLiteral("RenderWindow"));
     Stage stage;
     oxMainWindowServiceRemoteImpl withoutWindow;
     oxKernelServiceFactory::the()->fileService<oxMainWindowService>(&withoutWindow);
