@@ -1222,6 +1222,7 @@ void tst_oxRenderServiceRemoteImpl::gestureIsTakenOnlyWhenItIsAFinishedSwipeToTh
         slides.first().animation->pause();
     }
     Touch(stage.panel).swipe({200, 300}, QPoint(200, 300) + stroke, fingers);
+    Stage::endSlides();
 
     QVERIFY(service->swipes.size() >= 2);
     const auto end = service->swipes.takeLast();
