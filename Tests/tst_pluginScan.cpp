@@ -15,6 +15,7 @@
 #include "OutputCapture.h"
 #include "PrivateData.h"
 #include "oxKernelServiceFactory.h"
+#include "oxMainWindowService.h"
 #include "oxMessageService.h"
 
 // The plugins folder, looked through again and again.
@@ -51,6 +52,7 @@ private Q_SLOTS:
     void sweepGoesInTheOrderOfTheKeys();
     void sweepLeavesThePythonModuleAlone();
     void sweepOfAPluginWithoutDock();
+    void sweepThatEndsInAnotherScan();
     void missingScriptsFolderHasNoPlugins();
     void missingPluginsFolderHasNoPlugins_data();
     void missingPluginsFolderHasNoPlugins();
@@ -503,6 +505,26 @@ void tst_pluginScan::sweepOfAPluginWithoutDock()
     scan();
     QVERIFY(keys().isEmpty());
     QVERIFY(!m_host.entry("Tool"));
+}
+
+// What the inner scan has swept is not swept again: the window may have another module of that title.
+void tst_pluginScan::sweepThatEndsInAnotherScan()
+{
+    m_host.write("One.py", "");
+    m_host.write("Two.py", "");
+    scan();
+    connect(m_host.dock("One"), &QObject::destroyed, this, [this] { m_host.scan(); });
+    auto *mainWindow = oxKernelServiceFactory::the()->getService<oxMainWindowService>();
+    const QPointer<QWidget> ofTheHost = new QWidget;
+    mainWindow->addModule("Two", "Scripts", ofTheHost, QString(), QIcon(), QString(), Qt::NoDockWidgetArea);
+    QDir(m_host.scripts()).removeRecursively();
+    scan();
+
+    QVERIFY(keys().isEmpty());
+    QVERIFY(ofTheHost);
+    QCOMPARE(dockCount(), 1);
+    QVERIFY(m_host.entry("Two"));
+    mainWindow->subModule("Two");
 }
 
 void tst_pluginScan::missingScriptsFolderHasNoPlugins()

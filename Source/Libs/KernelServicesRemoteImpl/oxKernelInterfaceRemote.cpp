@@ -379,7 +379,9 @@ void oxKernelInterface::loadScriptPlugins()
 
     const QStringList keys = d->plugins.keys();
     for (const QString &key : keys) {
-        if (d->plugins.value(key).found)
+        // Code that runs as a module goes may end in another scan, which has then swept the rest.
+        const auto plugin = d->plugins.constFind(key);
+        if (plugin == d->plugins.constEnd() || plugin->found)
             continue;
         oxKernelServiceFactory::the()->getService<oxMainWindowService>()->subModule(moduleName(key));
         d->plugins.remove(key); // Deliberate: its Python module stays as it is, handle and globals
