@@ -468,17 +468,22 @@ void tst_pluginScan::sweepGoesInTheOrderOfTheKeys()
 {
     const QStringList order{"B", "a", "b", "oxA", "oxc", "z"};
     QStringList removed;
+    QStringList firstLeft;
     for (const char *key : {"oxc", "z", "a", "B", "oxA", "b"})
         m_host.write(QString(key) + ".py", "");
     scan();
     QCOMPARE(keys(), order);
     for (const QString &key : order) {
         const QString title = key.startsWith("ox") ? key.mid(2) : key;
-        connect(m_host.dock(title), &QObject::destroyed, this, [&removed, key] { removed << key; });
+        connect(m_host.dock(title), &QObject::destroyed, this, [this, &removed, &firstLeft, key] {
+            removed << key;
+            firstLeft << keys().first();
+        });
     }
     QDir(m_host.scripts()).removeRecursively();
     scan();
     QCOMPARE(removed, order);
+    QCOMPARE(firstLeft, order); // each entry goes right after its module
 }
 
 void tst_pluginScan::sweepLeavesThePythonModuleAlone()
@@ -489,9 +494,12 @@ void tst_pluginScan::sweepLeavesThePythonModuleAlone()
                                       "def function(): return text\n"
                                       "__main__.function = function\n");
     scan();
+    const PyObject *module = *record("Tool").module;
+    const auto references = module->ob_refcnt;
     QVERIFY(QFile::remove(path));
     scan();
     QVERIFY(keys().isEmpty());
+    QCOMPARE(module->ob_refcnt, references);
     QCOMPARE(PluginHost::evaluate("function()").toString(), QStringLiteral("still here"));
     PluginHost::run("del function");
 }
@@ -564,7 +572,11 @@ void tst_pluginScan::missingPluginsFolderHasNoPlugins()
         qunsetenv("OX_PLUGINS_DIR");
     else
         qputenv("OX_PLUGINS_DIR", pluginsFolder);
+    // The current folder stands for none of them.
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(m_pluginsFolder));
     const Output output = scan();
+    QVERIFY(QDir::setCurrent(before));
 
     QCOMPARE(output.standardOutput, QByteArray());
     QCOMPARE(output.standardError, QByteArray());
