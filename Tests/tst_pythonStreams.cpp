@@ -1,5 +1,6 @@
 #include "PluginHost.h"
 
+#include <QTextCodec>
 #include <QtTest>
 
 #include "OutputCapture.h"
@@ -20,6 +21,7 @@ private Q_SLOTS:
     void pythonsWritesArePutTogether_data();
     void pythonsWritesArePutTogether();
 
+    void linesAreUtf8InAnyLocale();
     void textEndsAtAnEmbeddedZero();
     void partialLineWaitsForItsLineFeed();
     void streamsHaveBuffersOfTheirOwn();
@@ -151,6 +153,19 @@ void tst_pythonStreams::pythonsWritesArePutTogether()
     const Output output = outputOf([&statements] { PluginHost::run(statements); });
     QTEST(output.standardOutput, "standardOutput");
     QTEST(output.standardError, "standardError");
+}
+
+void tst_pythonStreams::linesAreUtf8InAnyLocale()
+{
+    QTextCodec *const codec = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    const Output output = outputOf([] {
+        interface()->pythonStdOut(QStringLiteral("gr\u00fcn\n"));
+        interface()->pythonStdErr(QStringLiteral("gr\u00fcn\n"));
+    });
+    QTextCodec::setCodecForLocale(codec);
+    QCOMPARE(output.standardOutput, QByteArray("python info: 'gr\xc3\xbcn'\n"));
+    QCOMPARE(output.standardError, QByteArray("python error: 'gr\xc3\xbcn'\n"));
 }
 
 // A line is handed to C's output functions.
