@@ -17,6 +17,7 @@
 #include "PrivateData.h"
 #include "QOXDockWidget.h"
 #include "oxKernelServiceFactory.h"
+#include "oxMainWindowService.h"
 #include "oxMessageService.h"
 #include "oxRenderService.h"
 
@@ -33,6 +34,7 @@ private Q_SLOTS:
     void keyAndModuleNameComeFromTheFileName();
     void panelIsAHiddenDockWithAnEntryInScripts();
     void containerIsAPlainWidgetWithALayout();
+    void servicesAreToldOfTheContainer();
     void recordHoldsContainerAndModule();
 
     void pluginSeesItsContainerAndTheMessageService();
@@ -51,6 +53,7 @@ private Q_SLOTS:
     void fileThatCannotBeOpenedLeavesAnEmptyPanel();
     void unreadableFileIsNotOpened();
     void mixedBindingsAreRefused();
+    void refusalNamesThePathAsItWasGiven();
     void refusedPluginRunsOnceItIsRepaired();
 
     void textForPySide2IsRewritten();
@@ -62,6 +65,7 @@ private Q_SLOTS:
     void bytesReachPythonUnchanged();
 
     void currentFolderIsThePlugins();
+    void currentFolderIsThatOfALink();
     void currentFolderIsRestored_data();
     void currentFolderIsRestored();
     void relativePathIsLookedUpInThePluginsFolder();
@@ -125,6 +129,76 @@ oxRenderService *renderService()
 {
     return oxKernelServiceFactory::the()->getService<oxRenderService>();
 }
+
+// As long as nobody has placed it, a container has neither parent nor window flags.
+QString described(const QWidget *widget)
+{
+    const bool isContainer = !widget->parentWidget() && widget->windowFlags() == QWidget().windowFlags();
+    return isContainer ? QStringLiteral("container") : QStringLiteral("other widget");
+}
+
+/// Stand in for the services that a load calls, and note the calls.
+class MainWindowServiceNotes : public oxMainWindowService
+{
+public:
+    explicit MainWindowServiceNotes(QStringList *calls)
+        : m_calls(calls)
+    {}
+
+    void addModule(const QString &name, const QString &menu, QWidget *widget, const QString &shortcut,
+                   const QIcon &icon, const QString &toolTip, Qt::DockWidgetArea area) override
+    {
+        m_calls->append(QStringLiteral("addModule('%1', '%2', %3, '%4', %5, '%6', %7)")
+                            .arg(name, menu, described(widget), shortcut, icon.isNull() ? "no icon" : "icon", toolTip,
+                                 QString::number(area)));
+        lastWidget = widget;
+    }
+
+    void changeModule(const QString &name, const QString &menu, QWidget *widget) override
+    {
+        m_calls->append(QStringLiteral("changeModule('%1', '%2', %3)").arg(name, menu, described(widget)));
+        lastWidget = widget;
+    }
+
+    QWidget *lastWidget = nullptr;
+
+private:
+    QStringList *m_calls;
+};
+
+class RenderServiceNotes : public oxRenderService
+{
+public:
+    explicit RenderServiceNotes(QStringList *calls)
+        : m_calls(calls)
+    {}
+
+    void updateOverlay(const QString &name) override
+    {
+        m_calls->append(QStringLiteral("updateOverlay('%1')").arg(name));
+    }
+
+private:
+    QStringList *m_calls;
+};
+
+/// Files another service for as long as it lives.
+template<class Interface>
+class Substitute
+{
+public:
+    explicit Substitute(Interface *service)
+        : m_original(oxKernelServiceFactory::the()->getService<Interface>())
+    {
+        oxKernelServiceFactory::the()->fileService<Interface>(service);
+    }
+    ~Substitute() { oxKernelServiceFactory::the()->fileService<Interface>(m_original); }
+
+private:
+    Q_DISABLE_COPY(Substitute)
+
+    Interface *m_original;
+};
 
 QTabWidget *overlayPanel()
 {
@@ -260,6 +334,26 @@ void tst_pluginLoading::containerIsAPlainWidgetWithALayout()
     QVERIFY(layout);
     QCOMPARE(layout->contentsMargins(), QMargins());
     QCOMPARE(layout->count(), 0);
+}
+
+void tst_pluginLoading::servicesAreToldOfTheContainer()
+{
+    QStringList calls;
+    MainWindowServiceNotes mainWindow(&calls);
+    RenderServiceNotes render(&calls);
+    const Substitute<oxMainWindowService> mainWindowSubstitute(&mainWindow);
+    const Substitute<oxRenderService> renderSubstitute(&render);
+
+    loadTextOf("oxPlugin", "");
+    QCOMPARE(calls, QStringList{"addModule('Plugin', 'Scripts', container, '', no icon, '', 0)"});
+    QVERIFY(mainWindow.lastWidget);
+    QCOMPARE(mainWindow.lastWidget, container("oxPlugin"));
+
+    calls.clear();
+    loadTextOf("oxPlugin", "");
+    QCOMPARE(calls, QStringList({"changeModule('Plugin', 'Scripts', container)", "updateOverlay('Plugin')"}));
+    QCOMPARE(mainWindow.lastWidget, container("oxPlugin"));
+    delete container("oxPlugin");
 }
 
 void tst_pluginLoading::recordHoldsContainerAndModule()
@@ -447,6 +541,20 @@ void tst_pluginLoading::mixedBindingsAreRefused()
     QVERIFY(m_host.entry(key));
 }
 
+void tst_pluginLoading::refusalNamesThePathAsItWasGiven()
+{
+    const QString before = QDir::currentPath();
+    const QString fileName = QStringLiteral("100%s%n gr\u00fc\u00dfe.py");
+    m_host.write(fileName, "import PythonQt, PySide2\n");
+    QDir::setCurrent(m_host.scripts());
+    const Output output = load(fileName);
+    QDir::setCurrent(before);
+
+    QVERIFY(!m_result);
+    QCOMPARE(output.standardError,
+             "Couldn't load plugin '" + fileName.toUtf8() + "', it seems to use PythonQt annd PySide2!\n");
+}
+
 void tst_pluginLoading::refusedPluginRunsOnceItIsRepaired()
 {
     loadText("import PythonQt, PySide2\n");
@@ -526,6 +634,16 @@ void tst_pluginLoading::currentFolderIsThePlugins()
                                             "print os.getcwd()\n"
                                             "print open('data.txt').read()\n"));
     QCOMPARE(output.standardOutput, noBinding + info(m_host.scripts().toUtf8() + "/Sub") + info("contents") + loaded);
+}
+
+void tst_pluginLoading::currentFolderIsThatOfALink()
+{
+    m_host.write("Links/data.txt", "contents");
+    const QString link = m_host.scripts() + "/Links/Plugin.py";
+    QVERIFY(QFile::link(m_host.write("Sub/Target.py", "print open('data.txt').read()\n"), link));
+    const Output output = load(link);
+    QCOMPARE(output.standardOutput, noBinding + info("contents") + loaded);
+    QCOMPARE(output.standardError, QByteArray());
 }
 
 void tst_pluginLoading::currentFolderIsRestored_data()

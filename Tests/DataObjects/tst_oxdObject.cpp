@@ -12,10 +12,10 @@ namespace {
 QVector<quint64> initialized;
 
 // A virtual base cannot be left by a static_cast.
-template<class T, class = void>
-constexpr bool derivesVirtually = true;
-template<class T>
-constexpr bool derivesVirtually<T, std::void_t<decltype(static_cast<T *>(std::declval<oxdObject *>()))>> = false;
+template<class T, class Base, class = void>
+constexpr bool derivesVirtually = std::is_base_of_v<Base, T>;
+template<class T, class Base>
+constexpr bool derivesVirtually<T, Base, std::void_t<decltype(static_cast<T *>(std::declval<Base *>()))>> = false;
 
 struct DataObjectClass
 {
@@ -33,8 +33,8 @@ struct DataObjectClass
 template<class T>
 DataObjectClass describe(const char *name, int levels)
 {
-    static_assert(std::is_base_of_v<oxDecouplingDispatcher, T>);
-    static_assert(std::is_same_v<T, oxdObject> || derivesVirtually<T>);
+    static_assert(derivesVirtually<T, oxDecouplingDispatcher>);
+    static_assert(std::is_same_v<T, oxdObject> || derivesVirtually<T, oxdObject>);
     static_assert(!std::is_convertible_v<quint64, T>);
     return {
         name,

@@ -44,6 +44,33 @@ Ids ids(const QList<T> &list)
 
 } // namespace
 
+/// A data object with a slot for scripts: its base is not virtual, as moc calls no slot across one
+/// that is.
+class Decorated : public oxdObject
+{
+    Q_OBJECT
+
+public:
+    Decorated() { ++count; }
+    Decorated(const Decorated &other)
+        : oxdObject(other)
+    {
+        ++count;
+    }
+    ~Decorated() override { --count; }
+    Decorated &operator=(const Decorated &) = default;
+
+    static int count; ///< of those that live
+
+public Q_SLOTS:
+    QStringList decorate(Decorated *object) const
+    {
+        return {QString::number(objectId()), QString::number(object->objectId())};
+    }
+};
+int Decorated::count = 0;
+Q_DECLARE_METATYPE(Decorated)
+
 /// Lists of data objects between C++ and real scripts, in a process that has run init.
 class tst_oxdPython : public QObject
 {
@@ -55,6 +82,7 @@ private Q_SLOTS:
 
     void packageHoldsTheClassesAndNothingElse();
     void registeringAgainChangesNothing();
+    void oneObjectOfTheClassIsItsDecorator();
 
     void listGivesCopiesOfItsClass_data();
     void listGivesCopiesOfItsClass();
@@ -165,6 +193,20 @@ void tst_oxdPython::registeringAgainChangesNothing()
     }
     QCOMPARE(evaluate(QStringLiteral("len(exchanger.exchange_oxdMaterial(exchanger.give_oxdMaterial()))")).toInt(), 3);
     QCOMPARE(m_exchanger.taken, Ids({1, 2, 3}));
+}
+
+void tst_oxdPython::oneObjectOfTheClassIsItsDecorator()
+{
+    const InterpreterLock lock;
+    oxdObjectManager::registerToPython<Decorated>();
+    oxdObjectManager::registerToPython<Decorated>();
+    QCOMPARE(Decorated::count, 1);
+
+    const QList<Decorated> list = objects<Decorated>({7});
+    PyObject *converted = oxdObjectManager::convertFromQListOfType<Decorated>(&list, 0);
+    PyDict_SetItemString(PyModule_GetDict(oxKernelInterface::the()->getPythonEngine()->object()), "given", converted);
+    Py_DECREF(converted);
+    QCOMPARE(evaluate(QStringLiteral("given[0].decorate()")).toStringList(), QStringList({"0", "7"}));
 }
 
 void tst_oxdPython::listGivesCopiesOfItsClass_data()

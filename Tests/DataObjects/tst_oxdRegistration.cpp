@@ -18,6 +18,16 @@ struct ExternalTypeCall
 };
 QVector<ExternalTypeCall> externalTypeCalls;
 
+/// A class that the kernel does not enter into its table: its meta-object has no address.
+struct Refused : oxdObject
+{
+    struct NoMetaObject
+    {
+        const QMetaObject *operator&() const { return nullptr; }
+    };
+    static constexpr NoMetaObject staticMetaObject{};
+};
+
 QByteArray listName(const char *className)
 {
     return QByteArray("QList<") + className + '>';
@@ -85,6 +95,7 @@ QByteArray hex(const char *digits)
 }
 
 } // namespace
+Q_DECLARE_METATYPE(Refused)
 
 // Stands in for the kernel's own: the test executable's definition comes before the library's.
 void oxdObjectManager::registerExternalType(unsigned long long kernelType, unsigned long long externalType)
@@ -103,6 +114,7 @@ private Q_SLOTS:
     void idsFollowTheCatalogue();
     void kernelKnowsTheClassesInOrder();
     void externalTypeIsAlwaysNone();
+    void externalTypeOfARefusedClassIsHandedOver();
 
     void classIsMetaType_data();
     void classIsMetaType();
@@ -178,6 +190,14 @@ void tst_oxdRegistration::externalTypeIsAlwaysNone()
         QCOMPARE(externalTypeCalls.at(i).kernelType, types.at(i));
         QCOMPARE(externalTypeCalls.at(i).externalType, Q_UINT64_C(0));
     }
+}
+
+void tst_oxdRegistration::externalTypeOfARefusedClassIsHandedOver()
+{
+    oxdObjectManager::registerType<Refused>(9);
+    const ExternalTypeCall call = externalTypeCalls.takeLast();
+    QCOMPARE(call.kernelType, Q_UINT64_C(0));
+    QCOMPARE(call.externalType, Q_UINT64_C(9));
 }
 
 void tst_oxdRegistration::classIsMetaType_data()
