@@ -5,6 +5,7 @@
 #include "MainProcess.h"
 #include "MainThread.h"
 #include "OutputCapture.h"
+#include "Patience.h"
 #include "oxQRPCClient.h"
 #include "oxUndoService.h"
 

@@ -20,6 +20,7 @@
 #include "MainProcess.h"
 #include "MainThread.h"
 #include "OutputCapture.h"
+#include "Patience.h"
 #include "PluginHost.h"
 #include "Scripting.h"
 #include "oxCameraService.h"

@@ -11,6 +11,7 @@
 #include "FileIOServiceMain.h"
 #include "MainProcess.h"
 #include "MainThread.h"
+#include "Patience.h"
 #include "PluginHost.h"
 #include "oxKernelServiceFactory.h"
 #include "oxMainWindowService.h"

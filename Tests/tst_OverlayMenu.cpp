@@ -8,6 +8,7 @@
 #include <QTabWidget>
 #include <QTest>
 
+#include "Patience.h"
 #include "oxKernelServiceFactory.h"
 #include "oxMainWindowServiceRemoteImpl.h"
 #include "oxRenderServiceRemoteImpl.h"

@@ -7,6 +7,7 @@
 
 #include <qpa/qwindowsysteminterface.h>
 
+#include "Patience.h"
 #include "QOXBorderSwipeGestureRecognizer.h"
 #include "Touch.h"
 

@@ -10,6 +10,7 @@
 #include "MainProcess.h"
 #include "MainThread.h"
 #include "OutputCapture.h"
+#include "Patience.h"
 #include "oxFrameWriter.h"
 #include "oxQRPCClient.h"
 #include "oxRenderService.h"

@@ -41,6 +41,8 @@ constexpr bool keepsDeletedMemory = true;
 constexpr bool keepsDeletedMemory = false;
 #endif
 
+constexpr int patience = 240000; // milliseconds for a process with much to do
+
 constexpr QLatin1String hostOption("--host-of");
 constexpr QLatin1String startAgainOption("--start-again");
 constexpr QLatin1String reloadOption("--reload-often");
@@ -139,7 +141,7 @@ private:
         }
         QCoreApplication::processEvents();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        (void)QTest::qWaitFor([this] { return !isBusy(); }, 30000);
+        (void)QTest::qWaitFor([this] { return !isBusy(); }, 60000);
         if (const QWidget *container = record(m_key).widget) {
             QList<QPointer<QPushButton>> buttons;
             for (QPushButton *button : container->findChildren<QPushButton *>())
@@ -749,7 +751,7 @@ void tst_hostilePlugins::start(const QString &key, const QStringList &options)
 
 bool tst_hostilePlugins::waitForEnd()
 {
-    return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(60000);
+    return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(patience);
 }
 
 QByteArray tst_hostilePlugins::report() const

@@ -6,6 +6,7 @@
 #include "FileIOServiceMain.h"
 #include "MainThread.h"
 #include "OutputCapture.h"
+#include "Patience.h"
 #include "oxQRPCClient.h"
 
 namespace {

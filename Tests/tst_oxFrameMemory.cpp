@@ -502,7 +502,7 @@ void tst_oxFrameMemory::killedWriterLeavesNoMemory()
     oxFrameReader reader;
     QImage frame;
     QVERIFY(reader.attach(m_name));
-    QVERIFY(QTest::qWaitFor([&] { return reader.read(&frame); })); // a fast writer may be ahead
+    QVERIFY(QTest::qWaitFor([&] { return reader.read(&frame); }, 60000)); // a fast writer may be ahead
     m_other.kill();
     QVERIFY(m_other.waitForFinished());
 

@@ -7,6 +7,7 @@
 #include <stdio_ext.h>
 
 #include "OutputCapture.h"
+#include "Patience.h"
 #include "QOXDockWidget.h"
 #include "oxMainWindowServiceRemoteImpl.h"
 

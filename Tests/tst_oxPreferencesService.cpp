@@ -11,6 +11,7 @@
 #include <limits>
 
 #include "OutputCapture.h"
+#include "Patience.h"
 #include "oxPreferencesService.h"
 #include "oxQRPCClient.h"
 

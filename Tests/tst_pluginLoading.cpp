@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "OutputCapture.h"
+#include "Patience.h"
 #include "PrivateData.h"
 #include "QOXDockWidget.h"
 #include "oxKernelServiceFactory.h"

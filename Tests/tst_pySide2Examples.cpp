@@ -14,6 +14,7 @@
 #include <QtTest>
 
 #include "OutputCapture.h"
+#include "Patience.h"
 
 /// Each plugin of Examples/Scripts that uses PySide2 does what it shows, beside others that use
 /// PythonQt.

@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "OutputCapture.h"
+#include "Patience.h"
 #include "PrivateData.h"
 #include "oxKernelServiceFactory.h"
 #include "oxMessageService.h"

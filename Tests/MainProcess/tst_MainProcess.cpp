@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Patience.h"
 #include "SignalTo.h"
 #include "XServer.h"
 #include "oxCameraService.h"

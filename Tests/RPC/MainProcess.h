@@ -14,7 +14,7 @@ public:
     {
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         m_process.start(QStringLiteral(ECHO_MAIN), {address.toString()});
-        if (!m_process.waitForReadyRead())
+        if (!m_process.waitForReadyRead(60000))
             qFatal("%s does not listen", qPrintable(address.toString()));
         m_address = QUrl(QString::fromUtf8(m_process.readLine().trimmed()));
     }

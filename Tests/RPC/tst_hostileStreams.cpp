@@ -12,6 +12,7 @@
 #include "EchoServiceMain.h"
 #include "MainProcess.h"
 #include "OutputCapture.h"
+#include "Patience.h"
 #include "oxQRPCClient.h"
 #include "oxQRPCServer.h"
 #include "oxdObjectManager.h"

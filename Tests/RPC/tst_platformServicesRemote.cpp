@@ -6,6 +6,7 @@
 
 #include "MainThread.h"
 #include "OutputCapture.h"
+#include "Patience.h"
 #include "oxMessageService.h"
 #include "oxPreferencesService.h"
 #include "oxQRPCClient.h"

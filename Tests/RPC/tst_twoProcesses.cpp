@@ -8,6 +8,7 @@
 #include "EchoService.h"
 #include "MainProcess.h"
 #include "OutputCapture.h"
+#include "Patience.h"
 #include "oxFileIOServiceRemoteImpl.h"
 #include "oxKernelServiceFactory.h"
 #include "oxMainWindowServiceRemoteImpl.h"

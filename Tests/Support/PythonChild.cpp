@@ -11,6 +11,7 @@ namespace {
 
 constexpr QLatin1String separateOption("--python-child");
 constexpr QLatin1String mergedOption("--merged-python-child");
+constexpr int limit = 120000;
 
 PythonChildResult runChild(const QProcessEnvironment &environment, const QString &option, const QString &statements)
 {
@@ -19,7 +20,7 @@ PythonChildResult runChild(const QProcessEnvironment &environment, const QString
     if (option == mergedOption)
         process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(QCoreApplication::applicationFilePath(), {option, statements});
-    process.waitForFinished();
+    process.waitForFinished(limit);
     const bool ended = process.exitStatus() == QProcess::NormalExit && process.state() == QProcess::NotRunning;
     return {ended ? process.exitCode() : -1, process.readAllStandardOutput(), process.readAllStandardError()};
 }

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int limit = 20000;
+constexpr int limit = 60000;
 
 QStringList moveSteps(const QPoint &place)
 {
@@ -82,7 +82,7 @@ void Hand::moveTo(const QPoint &place)
 void Hand::click(QWidget *widget, const QPoint &place)
 {
     QWidget *window = widget->window();
-    if (!QTest::qWaitForWindowExposed(window))
+    if (!QTest::qWaitForWindowExposed(window, limit))
         qFatal("the window is not on the screen");
     const QPoint inWindow = widget->mapTo(window, place);
     perform({QStringLiteral("mousemove"), QStringLiteral("--window"), QString::number(window->winId()),
