@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QPropertyAnimation>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
@@ -13,6 +14,7 @@
 
 #include "NextDefinition.h"
 #include "OutputCapture.h"
+#include "Patience.h"
 #include "PluginHost.h"
 #include "QOXDockWidget.h"
 #include "Touch.h"
@@ -606,12 +608,15 @@ void tst_oxRenderServiceRemoteImpl::stripSlidesOutFromItsPlaceWhereverThePanelIs
 void tst_oxRenderServiceRemoteImpl::slideMovesThePanelAllTheWay()
 {
     Stage stage;
+    const auto isBetween = [&stage] { return stage.panel->x() > -stage.panel->width() && stage.panel->x() < 0; };
     stage.service->showOverlay();
-    QTRY_VERIFY(stage.panel->x() > -stage.panel->width() && stage.panel->x() < 0);
+    slides.first().animation->setCurrentTime(250);
+    QVERIFY(isBetween());
     QTRY_COMPARE(stage.panel->pos(), QPoint(0, 0));
 
     stage.service->hideOverlay();
-    QTRY_VERIFY(stage.panel->x() > -stage.panel->width() && stage.panel->x() < 0);
+    slides.last().animation->setCurrentTime(250);
+    QVERIFY(isBetween());
     QTRY_COMPARE(stage.panel->pos(), QPoint(-stage.panel->width(), 0));
 }
 
@@ -1012,12 +1017,14 @@ void tst_oxRenderServiceRemoteImpl::restingOnTheStripOpensThePanel()
 {
     Stage stage;
     stage.goTo(1);
-    QEvent event(QEvent::Enter);
-    QCoreApplication::sendEvent(stage.panel, &event);
     QElapsedTimer clock;
     clock.start();
-    QTRY_COMPARE(slides.size(), 1);
+    QEvent event(QEvent::Enter);
+    QCoreApplication::sendEvent(stage.panel, &event);
+    QSignalSpy rested(startedTimers.value(0), &QTimer::timeout);
+    QVERIFY(rested.wait(60000)); // and no longer, so that the slide still runs
 
+    QCOMPARE(slides.size(), 1);
     QVERIFY2(clock.elapsed() >= 380, qPrintable(QString::number(clock.elapsed()))); // coarse by 5 per cent
     COMPARE_SLIDE(slides.first(), 20 - stage.panel->width(), 0, 300);
     QCOMPARE(stage.findState(), 2);
