@@ -13,7 +13,7 @@ namespace {
 const QColor mixedColor(0x3d, 0x8b, 0xd4);   // the colour that the mixer mixes; it is nowhere else
 const QColor clickedColor(0x47, 0x8b, 0xd4); // and after a click into its first slider
 
-constexpr int limit = 60000; // milliseconds
+constexpr int limit = 120000; // milliseconds
 
 int pixels(const QImage &picture, const QRect &area, const QColor &color)
 {
@@ -213,8 +213,9 @@ void tst_SecondaryProcess::mouseTurnsTheCameraOfTheMainProcess()
                     "    print('to the left: %s' % (oxCameraService.getAzimuth() < before))\n"
                     "before = oxCameraService.getAzimuth()\n"
                     "oxCameraService.connect('cameraChanged()', tell)\n");
-    Hand::perform({QStringLiteral("mousemove"), QStringLiteral("400"), QStringLiteral("400"),
-                   QStringLiteral("mousedown"), QStringLiteral("1")});
+    Hand::perform({QStringLiteral("search"), QStringLiteral("--sync"), QStringLiteral("--onlyvisible"),
+                   QStringLiteral("--name"), QStringLiteral("^Secondary process$"), QStringLiteral("mousemove"),
+                   QStringLiteral("400"), QStringLiteral("400"), QStringLiteral("mousedown"), QStringLiteral("1")});
     QTRY_VERIFY_WITH_TIMEOUT(hasPrinted("python info: 'turns by itself: False'"), limit);
     Hand::perform({QStringLiteral("mousemove"), QStringLiteral("500"), QStringLiteral("400"), QStringLiteral("mouseup"),
                    QStringLiteral("1")});
