@@ -63,6 +63,9 @@ public:
     /// modules of plugins whose files are gone. May be called at any time after init(); holds
     /// the interpreter lock meanwhile.
     ///
+    /// Hidden files and folders, and folders that are only linked, are passed over. The files come
+    /// in the order of the file system. Without a plugins folder, the folder is "/Scripts".
+    ///
     /// All connections from Qt signals to Python callables are dropped first.
     void loadScriptPlugins();
 
