@@ -94,6 +94,7 @@ private Q_SLOTS:
     void pluginThatLoadsAllPluginsAnew();
     void pluginThatLoadsAllPluginsAnewWhenItIsCleared_data();
     void pluginThatLoadsAllPluginsAnewWhenItIsCleared();
+    void pluginThatDeletesWindowsWhenItIsCleared();
     void pluginThatTakesItsContainerElsewhere();
 
     void pythonRunsWhenAButtonIsClickedLater();
@@ -1063,6 +1064,27 @@ void tst_pluginLoading::pluginThatLoadsAllPluginsAnewWhenItIsCleared()
     QVERIFY(m_host.dock(key));
     QCOMPARE(m_host.dock(key)->widget(), container());
     QCOMPARE(loadText("print 'later'\n").standardOutput, noBinding + info("later") + loaded);
+}
+
+// The container of the new text is a window until the main window has it.
+void tst_pluginLoading::pluginThatDeletesWindowsWhenItIsCleared()
+{
+    loadText("from PythonQt.QtGui import QApplication\n"
+             "class Parting(object):\n"
+             "    def __init__(self, windows): self.windows = windows\n"
+             "    def __del__(self):\n"
+             "        for window in self.windows():\n"
+             "            if window.className() == 'QWidget':\n"
+             "                window.delete()\n"
+             "parting = Parting(QApplication.topLevelWidgets)\n");
+    const QPointer<QWidget> window = new QWidget;
+    const Output output = loadText("print TARNPluginWidget.className()\n");
+
+    QVERIFY(!window);
+    QCOMPARE(output.standardOutput, noBinding + info("QWidget") + loaded);
+    QCOMPARE(output.standardError, QByteArray());
+    QVERIFY(container());
+    QCOMPARE(m_host.dock(key)->widget(), container());
 }
 
 void tst_pluginLoading::pluginThatTakesItsContainerElsewhere()

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QIcon>
+#include <QPointer>
 #include <QVBoxLayout>
 #include <QWidget>
 
@@ -393,12 +394,14 @@ bool oxKernelInterface::loadPythonPlugin(const QString &path)
 {
     const QString key = pluginKey(path);
     PythonQtObjectPtr *module = createPluginModule();
-    QWidget *container = createContainer();
+    const QPointer<QWidget> made = createContainer();
 
     const auto loaded = d->plugins.find(key);
     if (loaded != d->plugins.end())
         discardContent(&*loaded);
     const bool isReload = d->plugins.contains(key); // not if it was swept meanwhile
+    // Until it is in the main window it is a window, which the old content may delete as it goes.
+    QWidget *container = made ? made.data() : createContainer();
 
     module->addObject(widgetVariable, container);
     module->addVariable(widgetIdVariable, QVariant(reinterpret_cast<qulonglong>(container)));
