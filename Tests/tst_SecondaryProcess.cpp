@@ -171,11 +171,11 @@ void tst_SecondaryProcess::savesAPictureOfWindowAndPanels()
 
 void tst_SecondaryProcess::showsWhatTheMainProcessRenders()
 {
-    const QStringList options{QStringLiteral("--connect"), QStringLiteral("test"), QStringLiteral("--plugins"),
-                              m_folder.path()};
-    start(options + QStringList({QStringLiteral("--screenshot"), m_folder.filePath(QStringLiteral("alone.png"))}));
+    start({QStringLiteral("--plugins"), m_folder.path(), QStringLiteral("--screenshot"),
+           m_folder.filePath(QStringLiteral("alone.png"))});
     startMain();
-    start(options + QStringList({QStringLiteral("--screenshot"), m_folder.filePath(QStringLiteral("together.png"))}));
+    start({QStringLiteral("--connect"), QStringLiteral("test"), QStringLiteral("--plugins"), m_folder.path(),
+           QStringLiteral("--screenshot"), m_folder.filePath(QStringLiteral("together.png"))});
     QCOMPARE(m_process.exitCode(), 0);
     QCOMPARE(m_process.readAllStandardError(), QByteArray());
 

@@ -25,6 +25,9 @@ public:
     /// The command that starts a main process for this one.
     void setCommandHint(const QString &command);
 
+    /// Whether there is a frame to be seen.
+    bool hasFrame() const { return !m_frame.isNull(); }
+
     void setPlainFloor(bool on);
     /// An invalid colour stands for the usual one.
     void setBallColor(const QColor &color);

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QDockWidget>
 #include <QTimer>
@@ -12,6 +13,7 @@
 #include "Appearance.h"
 #include "MainProcess.h"
 #include "MainWindow.h"
+#include "RenderView.h"
 #include "Screenshot.h"
 #include "Scripting.h"
 #include "Tour.h"
@@ -25,7 +27,11 @@
 
 namespace {
 
-constexpr int startTime = 2000; // milliseconds for a main process that was started at the same time
+// In milliseconds, for a main process that was started at the same time; for pictures it matters less when they are
+// taken than what they show.
+constexpr int startTime = 2000;
+constexpr int picturesStartTime = 10000;
+constexpr int firstFrameTime = 20000;
 
 struct Target
 {
@@ -101,6 +107,7 @@ int main(int argc, char **argv)
     if (parser.isSet(plugins))
         qputenv("OX_PLUGINS_DIR", parser.value(plugins).toUtf8());
     const Target target = targetOf(parser.value(connectTo));
+    const bool takesPictures = parser.isSet(screenshot) || parser.isSet(tour);
 
     applyAppearance(&application);
     oxQRPCClient client;
@@ -128,7 +135,7 @@ int main(int argc, char **argv)
     QObject::connect(&window, &MainWindow::reloadRequested, kernel, &oxKernelInterface::loadScriptPlugins);
     window.show();
     if (parser.isSet(connectTo))
-        client.waitForConnected(startTime); // so that plugins find it
+        client.waitForConnected(takesPictures ? picturesStartTime : startTime); // so that plugins find it
     kernel->loadScriptPlugins();
 
     if (parser.isSet(tour) && !mainProcess.isConnected())
@@ -144,9 +151,15 @@ int main(int argc, char **argv)
     const auto exit = [](bool allSaved) { QApplication::exit(allSaved ? 0 : 1); };
     Tour pictures(&window, parser.value(tour));
     QObject::connect(&pictures, &Tour::finished, exit);
-    if (parser.isSet(screenshot) || parser.isSet(tour)) {
+    QTimer pictureTime;
+    if (takesPictures) {
         // Long enough for the windows to be painted and for the panels' timers to tick.
-        QTimer::singleShot(1500, &window, [&] {
+        pictureTime.start(1500);
+        const QDeadlineTimer firstFrameLimit(firstFrameTime);
+        QObject::connect(&pictureTime, &QTimer::timeout, &window, [&, firstFrameLimit] {
+            if (mainProcess.isConnected() && !window.renderView()->hasFrame() && !firstFrameLimit.hasExpired())
+                return;
+            pictureTime.stop();
             const bool isSaved = !parser.isSet(screenshot) || saveScreenshot(&window, parser.value(screenshot));
             if (isSaved && parser.isSet(tour))
                 pictures.start();
