@@ -48,7 +48,7 @@ QString oxFrameWriter::create(int size)
         return qt_error_string();
     const bool isReady = fchmod(descriptor, S_IRUSR | S_IWUSR) == 0 && ftruncate(descriptor, size) == 0
         && fcntl(descriptor, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) == 0;
-    const QString error = isReady ? QString() : qt_error_string();
+    QString error = isReady ? QString() : qt_error_string();
     m_file.open(descriptor, QIODevice::ReadWrite, QFileDevice::AutoCloseHandle); // maps up to the size of now
     if (!isReady)
         return error;
