@@ -1,6 +1,4 @@
-#include <QDir>
 #include <QImage>
-#include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
 
@@ -21,7 +19,7 @@ class Frames
 public:
     Frames()
     {
-        writer.open(m_folder.filePath(QStringLiteral("frames")), frameSize);
+        writer.open(frameSize);
         next();
         next(); // both slots have pixels
         reader.attach(writer.name());
@@ -37,9 +35,6 @@ public:
 
     oxFrameWriter writer;
     oxFrameReader reader;
-
-private:
-    QTemporaryDir m_folder;
 };
 
 void bare(benchmark::State &state)
