@@ -30,9 +30,7 @@ bool oxFrameWriter::open(const QSize &largest)
     m_file.close();
     m_memory = nullptr;
     m_frame = 0;
-    m_error = frameSize(largest) < 0 || 2 * frameSize(largest) > 0x7f000000
-        ? QStringLiteral("no memory holds frames of %1x%2").arg(largest.width()).arg(largest.height())
-        : create(sizeFor(largest));
+    m_error = create(largest);
     if (!m_error.isEmpty())
         return false;
     header(m_memory)->version = version;
@@ -41,13 +39,16 @@ bool oxFrameWriter::open(const QSize &largest)
 }
 
 // Returns why that was not possible; empty when it was.
-QString oxFrameWriter::create(int size)
+QString oxFrameWriter::create(const QSize &largest)
 {
+    if (frameSize(largest) < 0 || 2 * frameSize(largest) > 0x7f000000)
+        return QStringLiteral("no memory holds frames of %1x%2").arg(largest.width()).arg(largest.height());
+    const int size = sizeFor(largest);
     const int descriptor = memfd_create("oxFrames", MFD_CLOEXEC | MFD_ALLOW_SEALING);
     if (descriptor < 0)
         return qt_error_string();
     const bool isReady = fchmod(descriptor, S_IRUSR | S_IWUSR) == 0 && ftruncate(descriptor, size) == 0
-        && fcntl(descriptor, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) == 0;
+        && fcntl(descriptor, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW) == 0;
     QString error = isReady ? QString() : qt_error_string();
     m_file.open(descriptor, QIODevice::ReadWrite, QFileDevice::AutoCloseHandle); // maps up to the size of now
     if (!isReady)

@@ -43,7 +43,7 @@ public:
 private:
     Q_DISABLE_COPY(oxFrameWriter)
 
-    QString create(int size);
+    QString create(const QSize &largest);
 
     QFile m_file;
     uchar *m_memory = nullptr; // all of the file
