@@ -73,7 +73,7 @@ int connections(const oxQRPCServer &server)
 {
     const QObjectList children = server.children();
     return int(std::count_if(children.cbegin(), children.cend(), [](const QObject *child) {
-        return QLatin1String(child->metaObject()->className()) == QLatin1String("ServerConnection");
+        return QLatin1String(child->metaObject()->className()) == QLatin1String("oxServerConnection");
     }));
 }
 

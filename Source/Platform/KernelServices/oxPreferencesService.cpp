@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "PreferencesDialog.h"
+#include "oxPreferencesDialog.h"
 
 namespace {
 
@@ -36,7 +36,7 @@ oxPreferencesService::oxPreferencesService(QObject *parent)
 
 oxPreferencesService::~oxPreferencesService()
 {
-    PreferencesDialog *dialog = m_dialog;
+    oxPreferencesDialog *dialog = m_dialog;
     if (!dialog)
         return;
     dialog->reject(); // gives the pages back
@@ -103,13 +103,13 @@ void oxPreferencesService::applyChanges()
 void oxPreferencesService::showPreferences()
 {
     if (!m_dialog) {
-        m_dialog = new PreferencesDialog(getWidget());
+        m_dialog = new oxPreferencesDialog(getWidget());
         connect(m_dialog, &QDialog::finished, this, [this] { m_dialog.clear(); });
-        connect(m_dialog, &PreferencesDialog::applyRequested, this, [this] {
+        connect(m_dialog, &oxPreferencesDialog::applyRequested, this, [this] {
             applyChanges();
             saveChanges();
         });
-        connect(m_dialog, &PreferencesDialog::defaultRequested, this, &oxPreferencesService::restoreDefaultsOf);
+        connect(m_dialog, &oxPreferencesDialog::defaultRequested, this, &oxPreferencesService::restoreDefaultsOf);
         tellPages("readValues", nullptr);
         for (const Page &page : qAsConst(m_pages)) {
             if (page.widget)

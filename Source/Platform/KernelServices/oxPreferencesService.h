@@ -9,7 +9,7 @@
 
 #include "oxBaseService.h"
 
-class PreferencesDialog;
+class oxPreferencesDialog;
 class QSettings;
 
 /// The preferences: their pages, in this process, and their values.
@@ -109,6 +109,6 @@ private:
     void restoreDefaultsOf(QWidget *page);
 
     QList<Page> m_pages;
-    QPointer<PreferencesDialog> m_dialog;
+    QPointer<oxPreferencesDialog> m_dialog;
     std::unique_ptr<QSettings> m_settings;
 };

@@ -16,11 +16,11 @@
 #include <limits>
 #include <utility>
 
-#include "CallPacket.h"
 #include "ObjectDescription.h"
-#include "PacketGate.h"
-#include "ServiceLink.h"
-#include "ServiceList.h"
+#include "oxCallPacket.h"
+#include "oxPacketGate.h"
+#include "oxServiceLink.h"
+#include "oxServiceList.h"
 
 namespace {
 
@@ -74,7 +74,7 @@ bool isMethod(const QMetaObject *object, int index)
 
 bool isSignal(QDataStream &packet, const QObject *replica)
 {
-    const CallPacket call(packet);
+    const oxCallPacket call(packet);
     if (!replica)
         return true;
     const QMetaObject *object = replica->metaObject();
@@ -160,8 +160,8 @@ void oxQRPCClient::registerService(QObject *service)
     if (m_links.contains(service))
         return;
     m_links.insert(service,
-                   new ServiceLink(
-                       service, [this](const Emission &emission) { receive(emission); }, this));
+                   new oxServiceLink(
+                       service, [this](const oxEmission &emission) { receive(emission); }, this));
     connect(service, &QObject::destroyed, this, [this, service] { forget(service); });
     if (m_serviceList && m_serviceList->isReplicaValid())
         acquireServices();
@@ -172,7 +172,7 @@ void oxQRPCClient::forget(QObject *service)
 {
     m_services.removeAll(service);
     m_links.take(service)->release();
-    const auto isOfService = [service](const Emission &emission) { return emission.service == service; };
+    const auto isOfService = [service](const oxEmission &emission) { return emission.service == service; };
     m_emissions.erase(std::remove_if(m_emissions.begin(), m_emissions.end(), isOfService), m_emissions.end());
     updateConnected();
 }
@@ -180,7 +180,7 @@ void oxQRPCClient::forget(QObject *service)
 void oxQRPCClient::callMethod(QObject *service, const QMetaObject *metaObject, int index, void **arguments)
 {
     const QMetaMethod method = metaObject->method(index);
-    ServiceLink *link = m_links.value(service);
+    oxServiceLink *link = m_links.value(service);
     if (!m_isConnected)
         return reportUnsent(method, "not connected");
     const int slotNumber = link && link->isReady() ? link->slotNumber(method.methodSignature()) : -1;
@@ -203,7 +203,7 @@ void oxQRPCClient::callMethod(QObject *service, const QMetaObject *metaObject, i
 }
 
 // Returns the number that comes back with the answer, or -1 where none is asked for.
-qint32 oxQRPCClient::send(const ServiceLink *link, int slotNumber, const QMetaMethod &method, void **arguments)
+qint32 oxQRPCClient::send(const oxServiceLink *link, int slotNumber, const QMetaMethod &method, void **arguments)
 {
     QVariantList copies;
     for (int i = 0; i < method.parameterCount(); ++i)
@@ -211,7 +211,7 @@ qint32 oxQRPCClient::send(const ServiceLink *link, int slotNumber, const QMetaMe
     qint32 serial = -1;
     if (method.returnType() != QMetaType::Void)
         serial = m_lastSerial = (m_lastSerial + 1) & std::numeric_limits<qint32>::max();
-    m_gate->send(PacketGate::Invoke, link->interfaceName(), qint32(QMetaObject::InvokeMetaMethod), qint32(slotNumber),
+    m_gate->send(oxPacketGate::Invoke, link->interfaceName(), qint32(QMetaObject::InvokeMetaMethod), qint32(slotNumber),
                  copies, serial, qint32(-1));
     return serial;
 }
@@ -241,7 +241,7 @@ void oxQRPCClient::acceptFrom(Socket *socket)
 // The node believes what the main process says.
 bool oxQRPCClient::isPermitted(quint16 type, QDataStream &packet)
 {
-    const bool isRight = type == PacketGate::ObjectList ? isObjectList(packet) : isPermittedForObject(type, packet);
+    const bool isRight = type == oxPacketGate::ObjectList ? isObjectList(packet) : isPermittedForObject(type, packet);
     return isRight && packet.status() == QDataStream::Ok && packet.atEnd();
 }
 
@@ -252,18 +252,18 @@ bool oxQRPCClient::isPermittedForObject(quint16 type, QDataStream &packet)
     const QRemoteObjectReplica *replica =
         replicaOf(name); // null for a name that the node drops, after it read the rest
     switch (type) {
-    case PacketGate::Handshake: // where the name is that of the protocol
-    case PacketGate::RemoveObject:
-    case PacketGate::Pong:
+    case oxPacketGate::Handshake: // where the name is that of the protocol
+    case oxPacketGate::RemoveObject:
+    case oxPacketGate::Pong:
         return true;
-    case PacketGate::InitDynamic: // a second one would change the object under those who are connected to it
+    case oxPacketGate::InitDynamic: // a second one would change the object under those who are connected to it
         return !(replica && replica->isInitialized()) && isObjectDescription(packet, &m_unknownType);
-    case PacketGate::Invoke:
+    case oxPacketGate::Invoke:
         return isSignal(packet, replica);
-    case PacketGate::InvokeReply:
+    case oxPacketGate::InvokeReply:
         packet >> m_answerSerial >> m_answer;
         return true;
-    case PacketGate::PropertyChange:
+    case oxPacketGate::PropertyChange:
         return isPropertyChange(packet, replica);
     default:
         return false;
@@ -272,9 +272,9 @@ bool oxQRPCClient::isPermittedForObject(quint16 type, QDataStream &packet)
 
 const QRemoteObjectReplica *oxQRPCClient::replicaOf(const QString &name) const
 {
-    if (name == ServiceList::remoteName())
+    if (name == oxServiceList::remoteName())
         return m_serviceList.get();
-    const auto link = std::find_if(m_links.cbegin(), m_links.cend(), [&name](const ServiceLink *l) {
+    const auto link = std::find_if(m_links.cbegin(), m_links.cend(), [&name](const oxServiceLink *l) {
         return l->isAcquired() && l->interfaceName() == name;
     });
     return link == m_links.cend() ? nullptr : (*link)->replica();
@@ -290,14 +290,14 @@ void oxQRPCClient::startSession()
     m_unknownType.clear();
     const auto check = [this](quint16 type, QDataStream &packet) {
         if (!isPermitted(type, packet))
-            return PacketGate::Verdict::Refuse;
-        return type == PacketGate::InvokeReply ? PacketGate::Verdict::Take : PacketGate::Verdict::Pass;
+            return oxPacketGate::Verdict::Refuse;
+        return type == oxPacketGate::InvokeReply ? oxPacketGate::Verdict::Take : oxPacketGate::Verdict::Pass;
     };
-    m_gate = new PacketGate(socket, check, this);
+    m_gate = new oxPacketGate(socket, check, this);
     m_socket = m_gate;
-    connect(m_gate, &PacketGate::taken, this, &oxQRPCClient::takeAnswer);
-    connect(m_gate, &PacketGate::ended, this, &oxQRPCClient::retry);
-    m_serviceList.reset(m_node->acquireDynamic(ServiceList::remoteName()));
+    connect(m_gate, &oxPacketGate::taken, this, &oxQRPCClient::takeAnswer);
+    connect(m_gate, &oxPacketGate::ended, this, &oxQRPCClient::retry);
+    m_serviceList.reset(m_node->acquireDynamic(oxServiceList::remoteName()));
     connect(m_serviceList.get(), &QRemoteObjectReplica::initialized, this, [this] {
         connect(m_serviceList.get(), SIGNAL(namesChanged(QStringList)), this, SLOT(acquireServices()));
         acquireServices();
@@ -312,7 +312,7 @@ void oxQRPCClient::acquireServices()
 {
     const QMetaObject *list = m_serviceList->metaObject();
     const QStringList offered = list->property(list->propertyOffset()).read(m_serviceList.get()).toStringList();
-    for (ServiceLink *link : qAsConst(m_links)) {
+    for (oxServiceLink *link : qAsConst(m_links)) {
         if (!offered.contains(link->interfaceName()))
             link->release(); // another object of that name may come
         else if (!link->isAcquired())
@@ -330,8 +330,9 @@ void oxQRPCClient::updateConnected()
 
 void oxQRPCClient::announceConnection()
 {
-    const bool isComplete = std::all_of(m_links.cbegin(), m_links.cend(),
-                                        [](const ServiceLink *link) { return !link->isAcquired() || link->isReady(); });
+    const bool isComplete = std::all_of(m_links.cbegin(), m_links.cend(), [](const oxServiceLink *link) {
+        return !link->isAcquired() || link->isReady();
+    });
     if (m_isConnected || !isComplete || !m_serviceList || !m_serviceList->isReplicaValid())
         return;
     m_isConnected = true;
@@ -356,7 +357,7 @@ void oxQRPCClient::retry()
 
 void oxQRPCClient::loseConnection()
 {
-    for (ServiceLink *link : qAsConst(m_links))
+    for (oxServiceLink *link : qAsConst(m_links))
         link->release();
     m_serviceList.reset();
     m_node.reset();
@@ -375,7 +376,7 @@ void oxQRPCClient::loseConnection()
 
 // Signals arrive while the socket is read, which does not happen again before all of them have
 // been taken: a receiver that calls the main process would wait for its answer in vain.
-void oxQRPCClient::receive(const Emission &emission)
+void oxQRPCClient::receive(const oxEmission &emission)
 {
     m_isSilent = false;
     m_emissions.enqueue(emission);
@@ -393,7 +394,7 @@ void oxQRPCClient::deliver()
         const QScopedValueRollback<int> deeper(m_deliveryDepth, m_deliveryDepth + 1);
         const QScopedValueRollback<int> level(m_deliveryLevel, QThread::currentThread()->loopLevel());
         for (int count = m_emissions.size(); count > 0 && !m_emissions.isEmpty(); --count) {
-            Emission emission = m_emissions.dequeue();
+            oxEmission emission = m_emissions.dequeue();
             scheduleDelivery();
             QVarLengthArray<void *> arguments{nullptr};
             for (QVariant &argument : emission.arguments)
@@ -423,7 +424,7 @@ void oxQRPCClient::scheduleDelivery()
 
 // Returns what kept the answer away, or nothing. The connections end with the loop, before what they
 // capture: clazy:excludeall=lambda-in-connect
-QByteArray oxQRPCClient::waitFor(qint32 serial, const ServiceLink *link, QVariant *result)
+QByteArray oxQRPCClient::waitFor(qint32 serial, const oxServiceLink *link, QVariant *result)
 {
     QByteArray failure = QByteArrayLiteral("this process ends before the answer");
     bool isAnswered = false;

@@ -12,15 +12,15 @@
 
 #include "oxqrpc_export.h"
 
-class PacketGate;
+class oxPacketGate;
 class QDataStream;
 class QIODevice;
 class QMetaMethod;
 class QRemoteObjectDynamicReplica;
 class QRemoteObjectNode;
 class QRemoteObjectReplica;
-class ServiceLink;
-struct Emission;
+class oxServiceLink;
+struct oxEmission;
 
 /// The secondary process's end of the connection to the main process.
 ///
@@ -133,23 +133,23 @@ private:
     void retry();
     void loseConnection();
     void forget(QObject *service);
-    void receive(const Emission &emission);
+    void receive(const oxEmission &emission);
     void deliver();
     void deliverScheduled();
     void scheduleDelivery();
-    qint32 send(const ServiceLink *link, int slotNumber, const QMetaMethod &method, void **arguments);
-    QByteArray waitFor(qint32 serial, const ServiceLink *link, QVariant *result);
+    qint32 send(const oxServiceLink *link, int slotNumber, const QMetaMethod &method, void **arguments);
+    QByteArray waitFor(qint32 serial, const oxServiceLink *link, QVariant *result);
     void takeAnswer();
 
     QList<QObject *> m_services;
-    QHash<QObject *, ServiceLink *> m_links;
+    QHash<QObject *, oxServiceLink *> m_links;
     QUrl m_address;
     QTimer m_retry;
     QIODevice *m_socket = nullptr; // or the gate that has it
-    PacketGate *m_gate = nullptr;
+    oxPacketGate *m_gate = nullptr;
     std::unique_ptr<QRemoteObjectNode> m_node;
     std::unique_ptr<QRemoteObjectDynamicReplica> m_serviceList;
-    QQueue<Emission> m_emissions;
+    QQueue<oxEmission> m_emissions;
     qint32 m_lastSerial = 0;   // of a call
     qint32 m_answerSerial = 0; // of the answer that was taken
     QVariant m_answer;

@@ -12,8 +12,8 @@
 #include <sys/un.h>
 
 #include "InterfaceClass.h"
-#include "ServerConnection.h"
-#include "ServiceList.h"
+#include "oxServerConnection.h"
+#include "oxServiceList.h"
 
 namespace {
 
@@ -30,12 +30,12 @@ bool hasListener(const QString &name)
 
 oxQRPCServer::oxQRPCServer(QObject *parent)
     : QObject(parent)
-    , m_list(new ServiceList(this))
+    , m_list(new oxServiceList(this))
 {}
 
 oxQRPCServer::~oxQRPCServer()
 {
-    const QList<ServerConnection *> connections = findChildren<ServerConnection *>();
+    const QList<oxServerConnection *> connections = findChildren<oxServerConnection *>();
     qDeleteAll(connections);
 }
 
@@ -75,8 +75,8 @@ bool oxQRPCServer::registerService(QObject *service)
         m_services.removeOne(service);
         updateServiceList();
     });
-    const QList<ServerConnection *> connections = findChildren<ServerConnection *>();
-    for (ServerConnection *connection : connections)
+    const QList<oxServerConnection *> connections = findChildren<oxServerConnection *>();
+    for (oxServerConnection *connection : connections)
         connection->offer(service);
     updateServiceList();
     return true;
@@ -128,7 +128,7 @@ void oxQRPCServer::acceptFrom(Server *server)
 {
     connect(server, &Server::newConnection, this, [this, server] {
         while (auto *socket = server->nextPendingConnection())
-            new ServerConnection(socket, m_list, m_services, this);
+            new oxServerConnection(socket, m_list, m_services, this);
     });
 }
 

@@ -7,7 +7,7 @@
 
 #include "oxqrpc_export.h"
 
-class ServiceList;
+class oxServiceList;
 
 /// The main process's end of the connections to secondary processes.
 ///
@@ -68,7 +68,7 @@ private:
     void acceptFrom(Server *server);
     bool fail(const QString &reason);
 
-    ServiceList *m_list;
+    oxServiceList *m_list;
     QList<QObject *> m_services;
     QUrl m_address;
     QString m_errorString;

@@ -1,4 +1,4 @@
-#include "ServerConnection.h"
+#include "oxServerConnection.h"
 
 #include <QUrl>
 #include <QVarLengthArray>
@@ -6,11 +6,11 @@
 #include <cstdio>
 
 #include "InterfaceClass.h"
-#include "ServiceList.h"
+#include "oxServiceList.h"
 
 // Qt's own listeners are open to other users: so the host has none, and gets its connection from us.
-ServerConnection::ServerConnection(QIODevice *socket, ServiceList *list, const QList<QObject *> &services,
-                                   QObject *parent)
+oxServerConnection::oxServerConnection(QIODevice *socket, oxServiceList *list, const QList<QObject *> &services,
+                                       QObject *parent)
     : QObject(parent)
     , m_gate(
           socket, [this](quint16 type, QDataStream &packet) { return verdict(type, packet); }, this)
@@ -19,8 +19,8 @@ ServerConnection::ServerConnection(QIODevice *socket, ServiceList *list, const Q
     m_host.enableRemoting(list);
     for (QObject *service : services)
         offer(service);
-    connect(&m_gate, &PacketGate::taken, this, &ServerConnection::answer);
-    connect(&m_gate, &PacketGate::ended, this, [this] {
+    connect(&m_gate, &oxPacketGate::taken, this, &oxServerConnection::answer);
+    connect(&m_gate, &oxPacketGate::ended, this, [this] {
         if (m_gate.hasRefused())
             fprintf(stderr, "oxQRPCServer: what a connection sent is no call, it was ended\n");
         if (m_gate.hasOverflowed())
@@ -31,7 +31,7 @@ ServerConnection::ServerConnection(QIODevice *socket, ServiceList *list, const Q
     m_gate.start();
 }
 
-void ServerConnection::offer(QObject *service)
+void oxServerConnection::offer(QObject *service)
 {
     const QMetaObject *interface = interfaceClass(service->metaObject());
     QVector<QMetaMethod> methods;
@@ -44,32 +44,32 @@ void ServerConnection::offer(QObject *service)
     m_host.enableRemoting(service);
 }
 
-PacketGate::Verdict ServerConnection::verdict(quint16 type, QDataStream &packet)
+oxPacketGate::Verdict oxServerConnection::verdict(quint16 type, QDataStream &packet)
 {
     QString name;
     packet >> name;
     switch (type) {
-    case PacketGate::AddObject: {
+    case oxPacketGate::AddObject: {
         bool isDynamic = false;
         packet >> isDynamic;
         break;
     }
-    case PacketGate::RemoveObject:
-    case PacketGate::Ping:
+    case oxPacketGate::RemoveObject:
+    case oxPacketGate::Ping:
         break;
-    case PacketGate::Invoke:
+    case oxPacketGate::Invoke:
         m_calledName = name;
-        m_call = CallPacket(packet);
+        m_call = oxCallPacket(packet);
         break;
     default:
-        return PacketGate::Verdict::Refuse;
+        return oxPacketGate::Verdict::Refuse;
     }
-    if (packet.status() != QDataStream::Ok || !packet.atEnd() || (type == PacketGate::Invoke && !isCall()))
-        return PacketGate::Verdict::Refuse;
-    return type == PacketGate::Invoke ? PacketGate::Verdict::Take : PacketGate::Verdict::Pass;
+    if (packet.status() != QDataStream::Ok || !packet.atEnd() || (type == oxPacketGate::Invoke && !isCall()))
+        return oxPacketGate::Verdict::Refuse;
+    return type == oxPacketGate::Invoke ? oxPacketGate::Verdict::Take : oxPacketGate::Verdict::Pass;
 }
 
-bool ServerConnection::isCall() const
+bool oxServerConnection::isCall() const
 {
     const QVector<QMetaMethod> methods = m_services.value(m_calledName).methods;
     if (m_call.index < 0 || m_call.index >= methods.size())
@@ -78,9 +78,9 @@ bool ServerConnection::isCall() const
     return method.access() == QMetaMethod::Public && m_call.isCallOf(method);
 }
 
-void ServerConnection::answer()
+void oxServerConnection::answer()
 {
-    CallPacket call = std::move(m_call);
+    oxCallPacket call = std::move(m_call);
     const QString name = m_calledName;
     const Service service = m_services.value(name);
     if (!service.object)
@@ -93,5 +93,5 @@ void ServerConnection::answer()
         arguments.append(argument.data());
     QMetaObject::metacall(service.object, QMetaObject::InvokeMetaMethod, method.methodIndex(), arguments.data());
     if (call.serial >= 0)
-        m_gate.send(PacketGate::InvokeReply, name, call.serial, result);
+        m_gate.send(oxPacketGate::InvokeReply, name, call.serial, result);
 }

@@ -5,10 +5,10 @@
 #include <QVariantList>
 
 /// What a packet of the type Invoke says after the name of the object.
-struct CallPacket
+struct oxCallPacket
 {
-    CallPacket() = default;
-    explicit CallPacket(QDataStream &packet) { packet >> operation >> index >> arguments >> serial >> property; }
+    oxCallPacket() = default;
+    explicit oxCallPacket(QDataStream &packet) { packet >> operation >> index >> arguments >> serial >> property; }
 
     /// Whether it calls @p method, with the arguments that this takes. Variants come as variants in a
     /// variant, or as they are where @p hasBareVariants, which a signal of a property of any type has.

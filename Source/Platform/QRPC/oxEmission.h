@@ -5,7 +5,7 @@
 class QObject;
 
 /// A signal of the main process, to be emitted by the local service.
-struct Emission
+struct oxEmission
 {
     QObject *service;
     int method; ///< its index in the service's meta-object

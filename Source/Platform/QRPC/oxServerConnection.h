@@ -7,22 +7,22 @@
 #include <QRemoteObjectHost>
 #include <QVector>
 
-#include "CallPacket.h"
-#include "PacketGate.h"
+#include "oxCallPacket.h"
+#include "oxPacketGate.h"
 
-class ServiceList;
+class oxServiceList;
 
 /// One secondary process's connection to the main process's services.
 ///
 /// Its host describes the services and sends what they signal. Calls are answered here: they have
 /// been read for the check.
-class ServerConnection : public QObject
+class oxServerConnection : public QObject
 {
     Q_OBJECT
 
 public:
     /// Takes @p socket over.
-    ServerConnection(QIODevice *socket, ServiceList *list, const QList<QObject *> &services, QObject *parent);
+    oxServerConnection(QIODevice *socket, oxServiceList *list, const QList<QObject *> &services, QObject *parent);
 
     void offer(QObject *service);
 
@@ -34,13 +34,13 @@ private:
         QVector<QMetaMethod> methods;
     };
 
-    PacketGate::Verdict verdict(quint16 type, QDataStream &packet);
+    oxPacketGate::Verdict verdict(quint16 type, QDataStream &packet);
     bool isCall() const;
     void answer();
 
-    PacketGate m_gate;
+    oxPacketGate m_gate;
     QRemoteObjectHost m_host;
     QHash<QString, Service> m_services;
     QString m_calledName; // of the call that was taken
-    CallPacket m_call;
+    oxCallPacket m_call;
 };

@@ -1,4 +1,4 @@
-#include "ServiceLink.h"
+#include "oxServiceLink.h"
 
 #include <QMetaMethod>
 #include <QRemoteObjectDynamicReplica>
@@ -6,18 +6,18 @@
 
 #include "InterfaceClass.h"
 
-ServiceLink::ServiceLink(QObject *service, Receiver receiver, QObject *parent)
+oxServiceLink::oxServiceLink(QObject *service, Receiver receiver, QObject *parent)
     : QObject(parent)
     , m_service(service)
     , m_interfaceName(::interfaceName(service->metaObject()))
     , m_receiver(std::move(receiver))
 {}
 
-ServiceLink::~ServiceLink() = default;
+oxServiceLink::~oxServiceLink() = default;
 
 // Not when it is initialized: the replica then signals the values of its properties, which nobody
 // changed, and whatever arguments their signals have.
-void ServiceLink::acquire(QRemoteObjectNode *node, const std::function<void()> &ready)
+void oxServiceLink::acquire(QRemoteObjectNode *node, const std::function<void()> &ready)
 {
     m_replica.reset(node->acquireDynamic(m_interfaceName));
     const auto begin = [this, ready] {
@@ -30,22 +30,22 @@ void ServiceLink::acquire(QRemoteObjectNode *node, const std::function<void()> &
         connect(m_replica.get(), &QRemoteObjectReplica::notified, this, begin);
 }
 
-void ServiceLink::release()
+void oxServiceLink::release()
 {
     m_replica.reset();
 }
 
-bool ServiceLink::isReady() const
+bool oxServiceLink::isReady() const
 {
     return m_replica && m_replica->isReplicaValid();
 }
 
-const QRemoteObjectDynamicReplica *ServiceLink::replica() const
+const QRemoteObjectDynamicReplica *oxServiceLink::replica() const
 {
     return m_replica.get();
 }
 
-int ServiceLink::slotNumber(const QByteArray &signature) const
+int oxServiceLink::slotNumber(const QByteArray &signature) const
 {
     const QMetaObject *object = m_replica->metaObject();
     int number = 0;
@@ -60,7 +60,7 @@ int ServiceLink::slotNumber(const QByteArray &signature) const
     return -1;
 }
 
-int ServiceLink::qt_metacall(QMetaObject::Call call, int id, void **arguments)
+int oxServiceLink::qt_metacall(QMetaObject::Call call, int id, void **arguments)
 {
     const int own = QObject::qt_metacall(call, id, arguments);
     if (own < 0 || call != QMetaObject::InvokeMetaMethod)
@@ -75,7 +75,7 @@ int ServiceLink::qt_metacall(QMetaObject::Call call, int id, void **arguments)
     return -1;
 }
 
-void ServiceLink::connectSignals()
+void oxServiceLink::connectSignals()
 {
     m_signals.clear();
     const QMetaObject *theirs = m_replica->metaObject();

@@ -5,7 +5,7 @@
 
 /// The interfaces that a main process offers, as its first object on the connection: it tells a
 /// client what to ask for, and that somebody is there.
-class ServiceList : public QObject
+class oxServiceList : public QObject
 {
     Q_OBJECT
     Q_CLASSINFO("RemoteObject Type", "oxQRPCServiceList")

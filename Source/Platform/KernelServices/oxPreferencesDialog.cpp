@@ -1,4 +1,4 @@
-#include "PreferencesDialog.h"
+#include "oxPreferencesDialog.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>
@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-PreferencesDialog::PreferencesDialog(QWidget *parent)
+oxPreferencesDialog::oxPreferencesDialog(QWidget *parent)
     : QDialog(parent)
     , m_tabs(new QTabWidget)
     , m_nothing(new QLabel(tr("There are no preferences.")))
@@ -25,12 +25,12 @@ PreferencesDialog::PreferencesDialog(QWidget *parent)
     layout->addWidget(m_nothing);
     layout->addWidget(m_buttons);
 
-    connect(m_buttons, &QDialogButtonBox::clicked, this, &PreferencesDialog::takeClick);
-    connect(m_tabs, &QTabWidget::currentChanged, this, &PreferencesDialog::showWhatThereIs);
+    connect(m_buttons, &QDialogButtonBox::clicked, this, &oxPreferencesDialog::takeClick);
+    connect(m_tabs, &QTabWidget::currentChanged, this, &oxPreferencesDialog::showWhatThereIs);
     showWhatThereIs();
 }
 
-PreferencesDialog::~PreferencesDialog()
+oxPreferencesDialog::~oxPreferencesDialog()
 {
     // With loans left, the dialog dies with a widget that it is over. Pages of that one die, too.
     for (const Loan &loan : qAsConst(m_loans)) {
@@ -41,7 +41,7 @@ PreferencesDialog::~PreferencesDialog()
     }
 }
 
-void PreferencesDialog::addPage(const QString &title, QWidget *page)
+void oxPreferencesDialog::addPage(const QString &title, QWidget *page)
 {
     m_loans.append({page, page->parentWidget() != nullptr, page->parentWidget(), page->windowFlags()});
     QString text = title;
@@ -50,7 +50,7 @@ void PreferencesDialog::addPage(const QString &title, QWidget *page)
     showWhatThereIs();
 }
 
-void PreferencesDialog::removePage(QWidget *page)
+void oxPreferencesDialog::removePage(QWidget *page)
 {
     const auto loan = std::find_if(m_loans.begin(), m_loans.end(), [page](const Loan &l) { return l.page == page; });
     if (loan == m_loans.end())
@@ -58,7 +58,7 @@ void PreferencesDialog::removePage(QWidget *page)
     giveBack(m_loans.takeAt(static_cast<int>(loan - m_loans.begin())));
 }
 
-void PreferencesDialog::done(int result)
+void oxPreferencesDialog::done(int result)
 {
     hide();
     while (!m_loans.isEmpty())
@@ -66,7 +66,7 @@ void PreferencesDialog::done(int result)
     QDialog::done(result);
 }
 
-void PreferencesDialog::takeClick(QAbstractButton *button)
+void oxPreferencesDialog::takeClick(QAbstractButton *button)
 {
     switch (m_buttons->standardButton(button)) {
     case QDialogButtonBox::Ok:
@@ -86,7 +86,7 @@ void PreferencesDialog::takeClick(QAbstractButton *button)
 }
 
 // A page that was deleted, or that its owner has put elsewhere meanwhile, is not there to give back.
-void PreferencesDialog::giveBack(const Loan &loan)
+void oxPreferencesDialog::giveBack(const Loan &loan)
 {
     if (!loan.page || m_tabs->indexOf(loan.page) < 0)
         return;
@@ -96,7 +96,7 @@ void PreferencesDialog::giveBack(const Loan &loan)
         loan.page->setParent(loan.parent, loan.flags);
 }
 
-bool PreferencesDialog::isOver(const QWidget *widget) const
+bool oxPreferencesDialog::isOver(const QWidget *widget) const
 {
     const QWidget *ancestor = parentWidget();
     while (ancestor && ancestor != widget)
@@ -104,7 +104,7 @@ bool PreferencesDialog::isOver(const QWidget *widget) const
     return ancestor != nullptr;
 }
 
-void PreferencesDialog::showWhatThereIs()
+void oxPreferencesDialog::showWhatThereIs()
 {
     const bool isEmpty = m_tabs->count() == 0;
     m_tabs->setHidden(isEmpty);

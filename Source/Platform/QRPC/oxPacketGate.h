@@ -9,7 +9,7 @@
 /// Stands between a socket and Qt Remote Objects, which believes whatever it reads: lets packets
 /// through one by one, when they are whole and a check agrees, or has them taken by others. Anything
 /// else ends the connection, and so does another side that leaves 256 MB unread.
-class PacketGate : public QIODevice
+class oxPacketGate : public QIODevice
 {
     Q_OBJECT
 
@@ -36,7 +36,7 @@ public:
     static constexpr QDataStream::Version version = QDataStream::Qt_5_12; // that of Qt Remote Objects
 
     /// Takes @p socket, a connected QLocalSocket or QTcpSocket, over.
-    PacketGate(QIODevice *socket, Check check, QObject *parent);
+    oxPacketGate(QIODevice *socket, Check check, QObject *parent);
 
     /// Whether it was ended here, by something that is no packet.
     bool hasRefused() const { return m_hasRefused; }

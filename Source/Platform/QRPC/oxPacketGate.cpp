@@ -1,4 +1,4 @@
-#include "PacketGate.h"
+#include "oxPacketGate.h"
 
 #include <QLocalSocket>
 #include <QTcpSocket>
@@ -17,7 +17,7 @@ constexpr qint64 maximumUnread = 1 << 28;
 
 } // namespace
 
-PacketGate::PacketGate(QIODevice *socket, Check check, QObject *parent)
+oxPacketGate::oxPacketGate(QIODevice *socket, Check check, QObject *parent)
     : QIODevice(parent)
     , m_socket(socket)
     , m_check(std::move(check))
@@ -25,25 +25,25 @@ PacketGate::PacketGate(QIODevice *socket, Check check, QObject *parent)
     socket->setParent(this);
     if (auto *tcpSocket = qobject_cast<QTcpSocket *>(socket))
         tcpSocket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    connect(socket, &QIODevice::readyRead, this, &PacketGate::readSocket);
+    connect(socket, &QIODevice::readyRead, this, &oxPacketGate::readSocket);
     connect(socket, SIGNAL(disconnected()), this, SLOT(endConnection()));
-    connect(this, &QIODevice::aboutToClose, this, &PacketGate::endConnection);
+    connect(this, &QIODevice::aboutToClose, this, &oxPacketGate::endConnection);
     open(ReadWrite | Unbuffered);
     m_packet.reserve(1); // so that they keep their memory
     m_sent.reserve(1);
 }
 
-void PacketGate::start()
+void oxPacketGate::start()
 {
     readSocket();
 }
 
-qint64 PacketGate::bytesAvailable() const
+qint64 oxPacketGate::bytesAvailable() const
 {
     return m_packet.size() - m_position;
 }
 
-qint64 PacketGate::readData(char *data, qint64 size)
+qint64 oxPacketGate::readData(char *data, qint64 size)
 {
     const int count = int(std::min(size, bytesAvailable()));
     m_isOverread |= count < size;
@@ -53,7 +53,7 @@ qint64 PacketGate::readData(char *data, qint64 size)
 }
 
 // Ends the connection later: the host goes through its connections while it writes to one.
-qint64 PacketGate::writeData(const char *data, qint64 size)
+qint64 oxPacketGate::writeData(const char *data, qint64 size)
 {
     if (m_hasOverflowed)
         return size;
@@ -65,11 +65,11 @@ qint64 PacketGate::writeData(const char *data, qint64 size)
         tcpSocket->flush();
     m_hasOverflowed = m_socket->bytesToWrite() > maximumUnread;
     if (m_hasOverflowed)
-        QMetaObject::invokeMethod(this, &PacketGate::endConnection, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &oxPacketGate::endConnection, Qt::QueuedConnection);
     return count;
 }
 
-void PacketGate::sendPacket()
+void oxPacketGate::sendPacket()
 {
     qToBigEndian(quint32(m_sent.size() - lengthSize), m_sent.data());
     if (isOpen())
@@ -77,7 +77,7 @@ void PacketGate::sendPacket()
 }
 
 // The reader may run an event loop, by a slot that it calls: then this comes back when it has returned.
-void PacketGate::readSocket()
+void oxPacketGate::readSocket()
 {
     if (m_isBusy || m_hasEnded)
         return;
@@ -97,7 +97,7 @@ void PacketGate::readSocket()
     announceEnd();
 }
 
-bool PacketGate::readPacket()
+bool oxPacketGate::readPacket()
 {
     char start[lengthSize];
     if (m_socket->peek(start, lengthSize) < lengthSize)
@@ -115,7 +115,7 @@ bool PacketGate::readPacket()
     return result != Verdict::Refuse || refuse();
 }
 
-PacketGate::Verdict PacketGate::verdict() const
+oxPacketGate::Verdict oxPacketGate::verdict() const
 {
     QDataStream packet(QByteArray::fromRawData(m_packet.constData() + lengthSize, m_packet.size() - lengthSize));
     packet.setVersion(version);
@@ -128,14 +128,14 @@ PacketGate::Verdict PacketGate::verdict() const
     }
 }
 
-bool PacketGate::refuse()
+bool oxPacketGate::refuse()
 {
     m_hasRefused = true;
     endConnection();
     return false;
 }
 
-void PacketGate::endConnection()
+void oxPacketGate::endConnection()
 {
     if (m_hasEnded)
         return;
@@ -147,8 +147,8 @@ void PacketGate::endConnection()
 }
 
 // Later: whoever writes must not be deleted meanwhile either.
-void PacketGate::announceEnd()
+void oxPacketGate::announceEnd()
 {
     if (m_hasEnded && !m_isBusy)
-        QMetaObject::invokeMethod(this, &PacketGate::ended, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &oxPacketGate::ended, Qt::QueuedConnection);
 }

@@ -9,7 +9,7 @@
 #include <limits>
 #include <memory>
 
-#include "Emission.h"
+#include "oxEmission.h"
 
 class QRemoteObjectDynamicReplica;
 class QRemoteObjectNode;
@@ -18,13 +18,13 @@ class QRemoteObjectNode;
 ///
 /// Takes the signals of that object by a qt_metacall() of its own, with one method for each signal:
 /// so it has no meta-object of its own.
-class ServiceLink : public QObject
+class oxServiceLink : public QObject
 {
 public:
-    using Receiver = std::function<void(const Emission &)>;
+    using Receiver = std::function<void(const oxEmission &)>;
 
-    ServiceLink(QObject *service, Receiver receiver, QObject *parent);
-    ~ServiceLink() override;
+    oxServiceLink(QObject *service, Receiver receiver, QObject *parent);
+    ~oxServiceLink() override;
 
     /// Empty for a service without interface class, which is bound to nothing.
     QString interfaceName() const { return m_interfaceName; }

@@ -13,13 +13,13 @@ class QTabWidget;
 /// The pages are borrowed: each goes back to the parent that it had, hidden, when it is removed
 /// and when the dialog closes or is deleted. Where that parent is gone by then, the page goes as
 /// well. The tab of a page that is deleted goes with it.
-class PreferencesDialog : public QDialog
+class oxPreferencesDialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    explicit PreferencesDialog(QWidget *parent);
-    ~PreferencesDialog() override;
+    explicit oxPreferencesDialog(QWidget *parent);
+    ~oxPreferencesDialog() override;
 
     void addPage(const QString &title, QWidget *page);
     void removePage(QWidget *page);
