@@ -1104,7 +1104,7 @@ void tst_MainProcess::reportsThatThereIsNoOpenGL()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.remove(QStringLiteral("DISPLAY"));
-    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     m_process->setProcessEnvironment(environment);
     m_process->start(QStringLiteral(MAIN_PROCESS), {QStringLiteral("--session"), m_session});
     QVERIFY(m_process->waitForFinished(limit));

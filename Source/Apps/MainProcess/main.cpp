@@ -10,6 +10,7 @@
 #include <iterator>
 
 #include "CameraService.h"
+#include "DisplayGuard.h"
 #include "FileIOService.h"
 #include "KernelService.h"
 #include "MaterialService.h"
@@ -56,14 +57,16 @@ void registerDataObjects()
 int main(int argc, char **argv)
 {
     TerminationSignals terminationSignals;
-    // Without a display, the offscreen platform lets the renderer say that there is no OpenGL.
+    allowTextWithoutDisplay(argc, argv);
+    // An X server's display, on Wayland as well.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "xcb;offscreen");
+        qputenv("QT_QPA_PLATFORM", "xcb");
     QStringList arguments;
     std::transform(argv, argv + argc, std::back_inserter(arguments),
                    [](const char *argument) { return QString::fromLocal8Bit(argument); });
     argc = 1; // Qt would take --session for its own
-    const QGuiApplication application(argc, argv);
+    const auto application = makeApplication<QGuiApplication>(
+        argc, argv, "oxMainProcess", "set DISPLAY to a running X server's, or start the process by xvfb-run");
     QGuiApplication::setApplicationName(QStringLiteral("oxMainProcess"));
     QGuiApplication::setApplicationVersion(QStringLiteral(OX_VERSION));
     setvbuf(stdout, nullptr, _IOLBF, 0); // a console that is a pipe shows each line at once, too

@@ -11,6 +11,7 @@
 #include <cstdio>
 
 #include "Appearance.h"
+#include "DisplayGuard.h"
 #include "MainProcess.h"
 #include "MainWindow.h"
 #include "RenderView.h"
@@ -68,7 +69,10 @@ bool openModule(const QString &name)
 
 int main(int argc, char **argv)
 {
-    QApplication application(argc, argv);
+    allowTextWithoutDisplay(argc, argv);
+    const auto application = makeApplication<QApplication>(
+        argc, argv, "oxSecondaryProcess",
+        "set DISPLAY to a running X server's, start the process by xvfb-run, or set QT_QPA_PLATFORM=offscreen");
     QApplication::setApplicationName(QStringLiteral("oxSecondaryProcess"));
     QApplication::setApplicationVersion(QStringLiteral(OX_VERSION));
     setvbuf(stdout, nullptr, _IOLBF, 0); // a console that is a pipe shows each line at once, too
@@ -100,7 +104,7 @@ int main(int argc, char **argv)
                                                  "preferences, save pictures of that to this folder, then end."),
                                   QStringLiteral("folder"));
     parser.addOptions({connectTo, callTimeout, base, plugins, open, screenshot, tour});
-    parser.process(application);
+    parser.process(*application);
     // Absolute, as each plugin runs in its own folder.
     if (parser.isSet(base))
         qputenv("OX_BASE_DIR", QDir::current().absoluteFilePath(parser.value(base)).toUtf8());
@@ -109,7 +113,7 @@ int main(int argc, char **argv)
     const Target target = targetOf(parser.value(connectTo));
     const bool takesPictures = parser.isSet(screenshot) || parser.isSet(tour);
 
-    applyAppearance(&application);
+    applyAppearance(application.get());
     oxQRPCClient client;
     client.setCallTimeout(parser.value(callTimeout).toInt());
     if (client.callTimeout() <= 0)
