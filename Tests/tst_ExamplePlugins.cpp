@@ -75,7 +75,7 @@ public:
         ++calls;
         QVariantList colors;
         for (const oxdMaterial &material : materials)
-            colors.append(m_colors.at(int(material.objectId()) - 1));
+            colors.append(hasNoColors ? QVariant(QPoint()) : m_colors.at(int(material.objectId()) - 1));
         if (changesAsItAnswers.exchange(false))
             paint(0, Qt::cyan);
         return colors;
@@ -99,6 +99,7 @@ public:
 
     std::atomic<int> calls = 0;
     std::atomic<bool> changesAsItAnswers = false;
+    std::atomic<bool> hasNoColors = false;
 
 private:
     QVector<QColor> m_colors{Qt::red, Qt::green};
@@ -183,6 +184,7 @@ private Q_SLOTS:
     void messagesReachTheService();
     void stopwatchRunsStopsAndResets();
     void spirographPaintsItsCurve();
+    void spirographPaintsAfterAnError();
     void unitConverterConverts();
     void materialBrowserWaitsForAMainProcess();
     void materialBrowserPaintsAMaterial();
@@ -193,6 +195,7 @@ private Q_SLOTS:
     void materialBrowserSelectsAnotherWhenTheLastGoes();
     void materialBrowserTakesChangesBack();
     void materialBrowserAsksForWhatChangedAlone();
+    void materialBrowserGoesOnAfterAnError();
     void turntableWaitsForAMainProcess();
     void turntableTellsItsSpeed();
     void turntableTurnsTheCamera();
@@ -357,6 +360,24 @@ void tst_ExamplePlugins::spirographPaintsItsCurve()
     QVERIFY(before != after);
 }
 
+void tst_ExamplePlugins::spirographPaintsAfterAnError()
+{
+    QWidget *spirograph = content("Spirograph");
+    auto *slider = spirograph->findChild<QSlider *>();
+    slider->setValue(90);
+    const QImage before = spirograph->grab().toImage();
+    const Output output = outputOf([&] {
+        slider->setMinimum(-73); // where the size of the curve is zero
+        slider->setValue(-73);
+        spirograph->grab();
+        slider->setMinimum(10);
+        slider->setValue(90);
+    });
+    QCOMPARE(output.standardError.count("python error: 'ZeroDivisionError"), 1);
+    QVERIFY(!output.standardError.contains("QPaint"));
+    QVERIFY(spirograph->grab().toImage() == before);
+}
+
 void tst_ExamplePlugins::unitConverterConverts()
 {
     QWidget *converter = content("UnitConverter");
@@ -511,6 +532,31 @@ void tst_ExamplePlugins::materialBrowserAsksForWhatChangedAlone()
     QTRY_VERIFY(!undo->isEnabled());
     QCOMPARE(m_scene->materials.calls.load(), 3);
     QCOMPARE(m_scene->undo.calls.load(), 2);
+}
+
+// Twice, as the traceback of the last error keeps what was alive.
+void tst_ExamplePlugins::materialBrowserGoesOnAfterAnError()
+{
+    startMain();
+    auto *undo = withText<QPushButton>(content("MaterialBrowser"), QStringLiteral("Undo"));
+    QTRY_VERIFY(materials()->count() == 2 && undo->isEnabled());
+    for (int i = 0; i < 2; ++i) {
+        m_scene->materials.hasNoColors = true;
+        const OutputCapture capture;
+        m_main->run([this] { m_scene->materials.paint(0, Qt::blue); });
+        QTRY_VERIFY(capture.standardError().contains("python error: 'ValueError: Called setBrush("));
+        QCOMPARE(capture.standardError().count("Traceback"), 1);
+        QVERIFY(!capture.standardError().contains("QPaint"));
+
+        m_scene->materials.hasNoColors = false;
+        m_main->run([this] { m_scene->materials.paint(1, Qt::yellow); });
+        QTRY_COMPARE(shownMaterial(1), QStringLiteral("Floor #ffff00"));
+        QCOMPARE(shownMaterial(0), QStringLiteral("Body #0000ff"));
+        m_main->run([this] { m_scene->materials.paint(1, Qt::green); });
+        QTRY_COMPARE(shownMaterial(1), QStringLiteral("Floor #00ff00"));
+    }
+    undo->click();
+    QTRY_VERIFY(!undo->isEnabled());
 }
 
 void tst_ExamplePlugins::turntableWaitsForAMainProcess()

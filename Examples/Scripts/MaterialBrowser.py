@@ -2,6 +2,8 @@
 #
 # Data objects such as materials come in lists, and one call asks for the names or the colours of
 # all of them. What another process changes is seen here as well, by the services' signals.
+import traceback
+
 from __main__ import oxMainProcess, oxMaterialService, oxUndoService
 from PythonQt.QtCore import QSize, Qt
 from PythonQt.QtGui import (QColor, QColorDialog, QGridLayout, QHBoxLayout, QIcon, QLabel, QListWidget, QPainter,
@@ -16,11 +18,13 @@ def swatch(color, side):
     pixmap = QPixmap(side, side)
     pixmap.fill(QColor(0, 0, 0, 0))
     painter = QPainter(pixmap)
-    painter.setRenderHint(QPainter.Antialiasing)
-    painter.setPen(QColor(0, 0, 0, 110))
-    painter.setBrush(color)
-    painter.drawRoundedRect(1, 1, side - 2, side - 2, 5, 5)
-    painter.end()
+    try:
+        painter.setRenderHint(QPainter.Antialiasing)
+        painter.setPen(QColor(0, 0, 0, 110))
+        painter.setBrush(color)
+        painter.drawRoundedRect(1, 1, side - 2, side - 2, 5, 5)
+    finally:
+        painter.end()  # or else an error's traceback keeps it painting
     icon = QIcon(pixmap)
     icon.addPixmap(pixmap, QIcon.Selected)  # or else it is tinted there
     return icon
@@ -86,15 +90,24 @@ class MaterialBrowser(object):
     def refresh_all(self):
         self.refresh(self.show_materials, self.show_undo)
 
-    # One at a time: while a call waits for its answer, further changes are announced.
+    # One at a time: while a call waits for its answer, further changes are announced. An error in one
+    # part is printed, and keeps neither the others nor later changes from being shown.
     def refresh(self, *parts):
         self.due.update(parts)
         if self.is_busy:
             return
         self.is_busy = True
-        while self.due:
+        try:
+            while self.due:
+                self.show_next()
+        finally:
+            self.is_busy = False
+
+    def show_next(self):
+        try:
             self.due.pop()()
-        self.is_busy = False
+        except Exception:
+            traceback.print_exc()
 
     def show_materials(self):
         online = oxMainProcess.isConnected()

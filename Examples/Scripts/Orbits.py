@@ -54,6 +54,12 @@ class Orbits(QWidget):
 
     def paintEvent(self, event):
         painter = QPainter(self)
+        try:
+            self.paint(painter)
+        finally:
+            painter.end()  # or else an error's traceback keeps it painting
+
+    def paint(self, painter):
         painter.setRenderHint(QPainter.Antialiasing)
         painter.translate(self.width() / 2.0, self.height() / 2.0)
         scale = min(self.width(), self.height()) / 205.0
@@ -61,7 +67,6 @@ class Orbits(QWidget):
         self.paintSun(painter)
         for color, orbit, size, period in PLANETS:
             self.paintPlanet(painter, QColor(color), orbit, size, 2 * pi * self.seconds() / period)
-        painter.end()
 
     def paintSun(self, painter):
         glow = QRadialGradient(0, 0, 22)

@@ -26,11 +26,13 @@ class Curve(QWidget):
 
     def paintEvent(self, event):
         painter = QPainter(self)
-        painter.setRenderHint(QPainter.Antialiasing)
-        painter.translate(self.width / 2.0, self.height / 2.0)
-        painter.setPen(QPen(QColor("#f0a35e"), 1))
-        painter.drawPolyline(QPolygonF(list(self.points())))
-        painter.end()
+        try:
+            painter.setRenderHint(QPainter.Antialiasing)
+            painter.translate(self.width / 2.0, self.height / 2.0)
+            painter.setPen(QPen(QColor("#f0a35e"), 1))
+            painter.drawPolyline(QPolygonF(list(self.points())))
+        finally:
+            painter.end()  # or else an error's traceback keeps it painting
 
     def setPenDistance(self, distance):
         self.pen = distance
