@@ -1,6 +1,7 @@
 #include <QAbstractButton>
 #include <QLabel>
 #include <QMenuBar>
+#include <QPointer>
 #include <QTest>
 #include <QTranslator>
 
@@ -761,11 +762,12 @@ void tst_oxMainWindowServiceRemoteImpl::changedModuleGetsTheNewContent()
     const QPointer<QWidget> oldContent = new QLabel;
     window.add(module, tools, oldContent);
     window.service.showModule(module);
-    QOXDockWidget *dock = window.dock();
+    const QPointer<QOXDockWidget> dock = window.dock();
     auto *content = new QLabel;
     window.service.changeModule(module, scripts, content);
 
     QVERIFY(!oldContent);
+    QVERIFY(dock);
     QCOMPARE(window.docks(), QList<QOXDockWidget *>{dock});
     QCOMPARE(dock->widget(), content);
     QCOMPARE(dock->windowTitle(), module);
@@ -815,10 +817,11 @@ void tst_oxMainWindowServiceRemoteImpl::changeInTheSameMenuPutsTheEntryLast()
     Window window;
     window.add(module);
     window.add(QStringLiteral("Other"));
-    QMenu *menu = window.menu();
+    const QPointer<QMenu> menu = window.menu();
     window.service.changeModule(module, tools, new QLabel);
 
-    QCOMPARE(window.menu(), menu);
+    QVERIFY(menu);
+    QCOMPARE(window.menu(), menu.data());
     QCOMPARE(titles(menu->actions()), QStringList({"Other", "Module"}));
 }
 

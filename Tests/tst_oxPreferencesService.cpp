@@ -1,6 +1,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QSettings>
 #include <QTabWidget>
@@ -541,10 +542,11 @@ void tst_oxPreferencesService::openDialogIsRaisedInsteadOfASecondOne()
     Page page;
     m_service->preferencesAdd(QStringLiteral("Page"), QString(), &page);
     m_service->showPreferences();
-    const QDialog *dialog = openDialog();
+    const QPointer<QDialog> dialog = openDialog();
     m_service->showPreferences();
 
-    QCOMPARE(openDialog(), dialog);
+    QVERIFY(dialog);
+    QCOMPARE(openDialog(), dialog.data());
     QCOMPARE(titles().size(), 1);
     const auto isDialog = [](const QWidget *window) { return qobject_cast<const QDialog *>(window) != nullptr; };
     const QWidgetList windows = QApplication::topLevelWidgets();

@@ -8,6 +8,7 @@
 #include <QDirIterator>
 #include <QDockWidget>
 #include <QMenu>
+#include <QPointer>
 #include <QtTest>
 
 #include <sys/stat.h>
@@ -285,7 +286,7 @@ void tst_pluginScan::secondScanAddsReloadsAndRemoves()
     m_host.write("Same.py", "");
     scan();
     QCOMPARE(keys(), QStringList({"Changed", "Deleted", "Same"}));
-    const QDockWidget *same = m_host.dock("Same");
+    const QPointer<QDockWidget> same = m_host.dock("Same");
 
     m_host.write("Added.py", "");
     m_host.write("Changed.py", noteSecond);
@@ -301,7 +302,8 @@ void tst_pluginScan::secondScanAddsReloadsAndRemoves()
         QVERIFY(m_host.entry(key));
     }
     QCOMPARE(events(), QStringList({"first", "second"}));
-    QCOMPARE(m_host.dock("Same"), same);
+    QVERIFY(same);
+    QCOMPARE(m_host.dock("Same"), same.data());
     QVERIFY(!m_host.dock("Deleted"));
     QVERIFY(!m_host.entry("Deleted"));
 }
