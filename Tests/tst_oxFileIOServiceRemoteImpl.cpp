@@ -13,6 +13,7 @@
 
 #include "FileIOServiceMain.h"
 #include "MainThread.h"
+#include "NextDefinition.h"
 #include "OutputCapture.h"
 #include "oxFileIOServiceRemoteImpl.h"
 #include "oxKernelServiceFactory.h"
@@ -22,6 +23,31 @@
 namespace {
 
 constexpr QLatin1String childOption("--load-without");
+
+QStringList steps; // what was called to make a dialog ready
+
+} // namespace
+
+void QProgressDialog::setAutoClose(bool on)
+{
+    steps.append(QStringLiteral("setAutoClose"));
+    nextDefinition<void(QProgressDialog *, bool)>("_ZN15QProgressDialog12setAutoCloseEb")(this, on);
+}
+
+void QProgressDialog::setBar(QProgressBar *bar)
+{
+    steps.append(QStringLiteral("setBar"));
+    nextDefinition<void(QProgressDialog *, QProgressBar *)>("_ZN15QProgressDialog6setBarEP12QProgressBar")(this, bar);
+}
+
+void QWidget::show()
+{
+    if (qobject_cast<QProgressDialog *>(this))
+        steps.append(QStringLiteral("show"));
+    nextDefinition<void(QWidget *)>("_ZN7QWidget4showEv")(this);
+}
+
+namespace {
 
 // Looks on while files load: at each dialog that is shown, and in the middle of each load.
 class Onlooker : public QObject
@@ -38,12 +64,17 @@ public:
 
     QVector<QPointer<QProgressDialog>> dialogs;
 
+    /// As it is shown, before anything else can be done with it.
+    Action whenShown;
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
         auto *dialog = qobject_cast<QProgressDialog *>(watched);
         if (dialog && event->type() == QEvent::Show) {
             dialogs.append(dialog);
+            if (whenShown)
+                whenShown(dialog);
             // The service is connected by now, so that this comes after it.
             m_connection = connect(m_service, &oxFileIOService::progress, dialog, [this, dialog] { act(dialog); });
         }
@@ -95,6 +126,18 @@ QProgressBar *bar(const QProgressDialog *dialog)
     return dialog->findChild<QProgressBar *>();
 }
 
+using Properties = QMap<QByteArray, QVariant>;
+
+Properties propertiesOf(const QObject *object)
+{
+    Properties properties;
+    for (int i = 0; i < object->metaObject()->propertyCount(); ++i) {
+        const QMetaProperty property = object->metaObject()->property(i);
+        properties.insert(property.name(), property.read(object));
+    }
+    return properties;
+}
+
 void fileServices(oxMainWindowService *mainWindow, oxFileIOService *fileIO)
 {
     oxKernelServiceFactory::the()->fileService<oxMainWindowService>(mainWindow);
@@ -128,6 +171,8 @@ private Q_SLOTS:
     void dialogSaysLoadingAndHasNoCancelButton();
     void dialogHasOneBarFrom0To100();
     void dialogDoesNotCloseByItself();
+    void dialogIsMadeReadyInOrder();
+    void dialogIsOtherwiseAsQtMakesIt();
     void dialogHasNoParentWithoutAMainWindow();
     void readingIsFollowedByUploading();
     void only100SwitchesToUploading_data();
@@ -140,6 +185,7 @@ private Q_SLOTS:
     void progressFromAnotherThreadIsAppliedInThisOne();
     void progressOutsideALoadDoesNothing();
     void eachLoadShowsADialogOfItsOwn();
+    void loadInsideALoadHasADialogOfItsOwn();
     void nthLoadAppliesEachProgressNTimes();
     void progressIsThatOfTheFiledService();
     void fileGoesToTheMainProcess();
@@ -260,6 +306,39 @@ void tst_oxFileIOServiceRemoteImpl::dialogDoesNotCloseByItself()
         Q_EMIT m_service->progress(50);
         QVERIFY(dialog->isVisible());
     }));
+}
+
+void tst_oxFileIOServiceRemoteImpl::dialogIsMadeReadyInOrder()
+{
+    steps.clear();
+    QVERIFY(load());
+
+    QCOMPARE(steps, QStringList({"setAutoClose", "setBar", "show"}));
+}
+
+// All that Qt tells of it and of its bar, as it is shown.
+void tst_oxFileIOServiceRemoteImpl::dialogIsOtherwiseAsQtMakesIt()
+{
+    QVector<Properties> dialogs;
+    QVector<Properties> bars;
+    Onlooker onlooker(m_service.get());
+    onlooker.whenShown = [&](const QProgressDialog *dialog) {
+        dialogs.append(propertiesOf(dialog));
+        bars.append(propertiesOf(bar(dialog)));
+    };
+    QVERIFY(m_service->loadFile(m_file));
+    QProgressDialog likeIt(QStringLiteral("Loading ..."), QString(), 0, 100, m_window.get(),
+                           Qt::CustomizeWindowHint | Qt::FramelessWindowHint);
+    auto *itsBar = new QProgressBar(&likeIt);
+    itsBar->setRange(0, 100);
+    likeIt.setAutoClose(false);
+    likeIt.setBar(itsBar);
+    likeIt.show();
+
+    QCOMPARE(dialogs.size(), 2);
+    QVERIFY(dialogs.first().contains("minimumDuration"));
+    QCOMPARE(dialogs.first(), dialogs.last());
+    QCOMPARE(bars.first(), bars.last());
 }
 
 void tst_oxFileIOServiceRemoteImpl::dialogHasNoParentWithoutAMainWindow()
@@ -420,6 +499,36 @@ void tst_oxFileIOServiceRemoteImpl::eachLoadShowsADialogOfItsOwn()
         QCOMPARE(onlooker.dialogs.size(), i);
         QVERIFY(!onlooker.dialogs.last());
     }
+}
+
+void tst_oxFileIOServiceRemoteImpl::loadInsideALoadHasADialogOfItsOwn()
+{
+    QPointer<QProgressDialog> outer;
+    QPointer<QProgressDialog> inner;
+    const auto lookAtInner = [&] {
+        const int before = outer->value();
+        Q_EMIT m_service->progress(30);
+        QCOMPARE(inner->value(), 30);
+        QCOMPARE(outer->value(), before);
+    };
+    const auto loadInside = [&] {
+        QVERIFY(m_service->loadFile(m_file));
+        QVERIFY(inner.isNull());
+        QVERIFY(outer->isVisible());
+        const int before = outer->value();
+        Q_EMIT m_service->progress(100);
+        QCOMPARE(outer->value(), before);
+        QCOMPARE(label(outer), QStringLiteral("Loading ..."));
+    };
+    const Onlooker onlooker(m_service.get(), [&](QProgressDialog *dialog) {
+        const bool isFirst = !outer;
+        (isFirst ? outer : inner) = dialog;
+        isFirst ? loadInside() : lookAtInner();
+    });
+
+    QVERIFY(m_service->loadFile(m_file));
+    QCOMPARE(onlooker.dialogs.size(), 2);
+    QVERIFY(!outer);
 }
 
 void tst_oxFileIOServiceRemoteImpl::nthLoadAppliesEachProgressNTimes()

@@ -13,8 +13,9 @@ bool oxFileIOServiceRemoteImpl::loadFile(const QString &file)
 {
     auto *factory = oxKernelServiceFactory::the();
     QWidget *parent = factory->getService<oxMainWindowService>()->getWidget();
-    progressDialog = new QProgressDialog(QStringLiteral("Loading ..."), QString(), 0, 100, parent,
-                                         Qt::CustomizeWindowHint | Qt::FramelessWindowHint);
+    const QPointer<QProgressDialog> dialog = new QProgressDialog(
+        QStringLiteral("Loading ..."), QString(), 0, 100, parent, Qt::CustomizeWindowHint | Qt::FramelessWindowHint);
+    progressDialog = dialog;
     progressBar = new QProgressBar(progressDialog);
     progressBar->setRange(0, 100);
 
@@ -27,7 +28,7 @@ bool oxFileIOServiceRemoteImpl::loadFile(const QString &file)
 
     const bool result = oxFileIOService::loadFile(file);
 
-    delete progressDialog;
+    delete dialog; // this load's own: the members are those of the load that began last
     progressBar = nullptr;
     progressDialog = nullptr;
     return result;

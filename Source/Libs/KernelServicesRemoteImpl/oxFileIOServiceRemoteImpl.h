@@ -20,8 +20,11 @@ public:
     /// progress(int) of the filed file service. Returns what oxFileIOService returned, when the
     /// dialog is gone.
     ///
-    /// A main-window service and a file service have to be filed. GUI thread only; not to be
-    /// called while a load runs. Events are processed at each progress value.
+    /// A load that begins while another runs has a dialog of its own, which gets all progress while
+    /// it is there; that of the other load gets no more. Each dialog goes when its load ends.
+    ///
+    /// A main-window service and a file service have to be filed. GUI thread only. Events are
+    /// processed at each progress value.
     bool loadFile(const QString &file) override;
 
 private Q_SLOTS:
