@@ -1,6 +1,8 @@
 #include <QTest>
 #include <QThread>
 
+#include <functional>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 
@@ -86,6 +88,26 @@ public Q_SLOTS:
     }
 };
 
+class ServiceThatActs : public oxRenderService
+{
+    Q_OBJECT
+
+public:
+    explicit ServiceThatActs(std::function<void()> action)
+        : m_action(std::move(action))
+    {}
+
+public Q_SLOTS:
+    void init()
+    {
+        note(this);
+        m_action();
+    }
+
+private:
+    std::function<void()> m_action;
+};
+
 class tst_callAllInit : public QObject
 {
     Q_OBJECT
@@ -98,6 +120,10 @@ private Q_SLOTS:
     void repeatedCallsInitializeAgain();
     void serviceWithoutInitIsSkippedWithTheWarningOfQt();
     void nullServiceIsSkipped();
+    void serviceThatIsFiledMeanwhileIsNotInitialized();
+    void serviceThatIsReplacedMeanwhileIsStillInitialized();
+    void serviceThatIsDeletedBeforeItsTurnIsSkipped();
+    void serviceMayDeleteItself();
     void exceptionReachesTheCaller();
     void loopAllDoesNothing();
 
@@ -187,6 +213,51 @@ void tst_callAllInit::nullServiceIsSkipped()
     QCOMPARE(calledServices(), expected);
 }
 
+void tst_callAllInit::serviceThatIsFiledMeanwhileIsNotInitialized()
+{
+    ServiceWithSlot later;
+    ServiceThatActs acting([&later] { file<oxMainWindowService>(&later); });
+    file<oxRenderService>(&acting);
+    oxKernelInterface::the()->callAllInit();
+
+    const QVector<const QObject *> expected{&acting, &m_slot, &m_privateSlot};
+    QCOMPARE(calledServices(), expected);
+}
+
+void tst_callAllInit::serviceThatIsReplacedMeanwhileIsStillInitialized()
+{
+    ServiceWithSlot replacement;
+    ServiceThatActs acting([&replacement] { file<oxMessageService>(&replacement); });
+    file<oxRenderService>(&acting);
+    oxKernelInterface::the()->callAllInit();
+
+    const QVector<const QObject *> expected{&acting, &m_slot, &m_privateSlot};
+    QCOMPARE(calledServices(), expected);
+}
+
+void tst_callAllInit::serviceThatIsDeletedBeforeItsTurnIsSkipped()
+{
+    auto deleted = std::make_unique<ServiceWithSlot>();
+    ServiceThatActs acting([&deleted] { deleted.reset(); });
+    file<oxRenderService>(&acting);
+    file<oxMessageService>(deleted.get());
+    oxKernelInterface::the()->callAllInit();
+
+    const QVector<const QObject *> expected{&acting, &m_privateSlot};
+    QCOMPARE(calledServices(), expected);
+}
+
+void tst_callAllInit::serviceMayDeleteItself()
+{
+    ServiceThatActs *acting = nullptr;
+    acting = new ServiceThatActs([&acting] { delete acting; });
+    file<oxRenderService>(acting);
+    oxKernelInterface::the()->callAllInit();
+
+    const QVector<const QObject *> expected{acting, &m_slot, &m_privateSlot};
+    QCOMPARE(calledServices(), expected);
+}
+
 void tst_callAllInit::exceptionReachesTheCaller()
 {
     ServiceThatThrows throwing;
@@ -199,13 +270,21 @@ void tst_callAllInit::exceptionReachesTheCaller()
 
 void tst_callAllInit::loopAllDoesNothing()
 {
+    bool isProcessed = false;
+    QMetaObject::invokeMethod(
+        this, [&isProcessed] { isProcessed = true; }, Qt::QueuedConnection);
+    const QPointer<QObject> deletedLater = new QObject;
+    deletedLater->deleteLater();
     const Output output = outputOf([] {
         for (int i = 0; i < 3; ++i)
             oxKernelInterface::the()->loopAll();
     });
 
+    QVERIFY(!isProcessed);
+    QVERIFY(deletedLater);
     QVERIFY(calls.isEmpty());
     QCOMPARE(output.standardOutput + output.standardError, QByteArray());
+    QCoreApplication::processEvents(); // or else the call is made when the variable is gone
 }
 
 QTEST_GUILESS_MAIN(tst_callAllInit)

@@ -9,7 +9,9 @@
 #include "PrivateData.h"
 #include "oxKernelServiceFactory.h"
 #include "oxMessageService.h"
+#include "oxNodeService.h"
 #include "oxQRPCClient.h"
+#include "oxTreeService.h"
 #include "oxdObjectManager.h"
 
 namespace {
@@ -70,6 +72,8 @@ private Q_SLOTS:
     void secondInitPrintsTheBindingAgain();
     void pythonRunsOnAndSeesTheNewMessageService();
     void deletedServiceThatWasReplacedLeavesTheNewOneFiled();
+    void deletedServiceIsNullWhereverItWasFiled();
+    void serviceThatAScriptDeletesIsPassedOver();
 
 private:
     oxQRPCClient m_firstClient;
@@ -172,6 +176,38 @@ void tst_oxKernelInterfaceSecondInit::deletedServiceThatWasReplacedLeavesTheNewO
         delete service;
 
     QCOMPARE(services(), before);
+}
+
+// A host has filed it under another key as well, and another one in its own place.
+void tst_oxKernelInterfaceSecondInit::deletedServiceIsNullWhereverItWasFiled()
+{
+    auto *factory = oxKernelServiceFactory::the();
+    oxBaseService *deleted = factory->getService<oxTreeService>();
+    QList<oxBaseService *> expected = services();
+    auto *replacement = new oxTreeService;
+    expected[expected.indexOf(deleted)] = replacement;
+    expected[expected.indexOf(factory->getService<oxNodeService>())] = nullptr;
+    factory->fileService<oxNodeService>(deleted);
+    factory->fileService<oxTreeService>(replacement);
+    delete deleted;
+
+    QCOMPARE(services(), expected);
+}
+
+void tst_oxKernelInterfaceSecondInit::serviceThatAScriptDeletesIsPassedOver()
+{
+    QList<oxBaseService *> expected = services();
+    expected.removeAll(nullptr);
+    QVERIFY(expected.removeOne(oxKernelServiceFactory::the()->getService<oxMessageService>()));
+    evaluate(QStringLiteral("oxMessageService.delete()"));
+    oxQRPCClient client;
+    privateData(oxKernelInterface::the())->client = &client;
+    oxKernelInterface::the()->registerServices();
+
+    QCOMPARE(client.services().size(), expected.size());
+    for (const oxBaseService *service : qAsConst(expected))
+        QCOMPARE(service->client(), &client);
+    outputOf([] { oxKernelInterface::the()->callAllInit(); }); // Qt warns that there is no such method
 }
 
 QTEST_MAIN(tst_oxKernelInterfaceSecondInit)

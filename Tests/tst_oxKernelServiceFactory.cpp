@@ -31,6 +31,7 @@ struct TypeRegistration
 };
 
 QVector<TypeRegistration> typeRegistrations;
+QVector<QPair<unsigned long, oxBaseService *>> insertions;
 
 oxKernelServiceFactory *factory()
 {
@@ -72,6 +73,13 @@ void oxKernelServiceFactory::registerTypes(oxBaseService *service) const
     nextDefinition<Function>("_ZNK22oxKernelServiceFactory13registerTypesEP13oxBaseService")(this, service);
 }
 
+void oxKernelServiceFactory::insert(unsigned long key, oxBaseService *service)
+{
+    insertions.append({key, service});
+    using Function = void(oxKernelServiceFactory *, unsigned long, oxBaseService *);
+    nextDefinition<Function>("_ZN22oxKernelServiceFactory6insertEmP13oxBaseService")(this, key, service);
+}
+
 // The registry is one for the process, and nothing is ever taken out: each test files types of its own.
 class tst_oxKernelServiceFactory : public QObject
 {
@@ -83,12 +91,14 @@ private Q_SLOTS:
     void nullThatWasFiledIsReported();
     void objectOfAnotherTypeGivesNullAndNoLine();
     void filedServiceIsFoundByItsInterface();
+    void keyIsTheHashCodeOfTheInterfacesTypeInformation();
     void subclassFiledUnderItsInterfaceIsNotFoundByItsOwnType();
     void secondServiceReplacesTheFirstWhichStaysAlive();
     void nothingIsCached();
     void servicesAreListedInTheOrderOfFiling();
     void replacedServiceKeepsItsPlace();
     void listIsACopy();
+    void forgottenServiceIsNullUnderEachOfItsKeysAndUnderNoOther();
     void typesAreRegisteredOnceForEachFilingAndAfterIt();
     void typesOfSlotArgumentsBecomeKnown();
 };
@@ -140,6 +150,20 @@ void tst_oxKernelServiceFactory::filedServiceIsFoundByItsInterface()
     const auto lookup = lookUp<oxKernelService>();
     QCOMPARE(lookup.service, kernel);
     QCOMPARE(lookup.error + lookup.output, QByteArray());
+}
+
+void tst_oxKernelServiceFactory::keyIsTheHashCodeOfTheInterfacesTypeInformation()
+{
+    struct Implementation : oxKernelService
+    {};
+    insertions.clear();
+    auto *service = new Implementation;
+    factory()->fileService<oxKernelService>(service);
+    factory()->fileService<oxBaseService>(service);
+
+    const QVector<QPair<unsigned long, oxBaseService *>> expected{{typeid(oxKernelService).hash_code(), service},
+                                                                  {typeid(oxBaseService).hash_code(), service}};
+    QCOMPARE(insertions, expected);
 }
 
 void tst_oxKernelServiceFactory::subclassFiledUnderItsInterfaceIsNotFoundByItsOwnType()
@@ -231,6 +255,26 @@ void tst_oxKernelServiceFactory::listIsACopy()
     factory()->getServices().clear();
 
     QCOMPARE(factory()->getServices(), before);
+}
+
+void tst_oxKernelServiceFactory::forgottenServiceIsNullUnderEachOfItsKeysAndUnderNoOther()
+{
+    struct A : oxBaseService
+    {};
+    struct B : oxBaseService
+    {};
+    struct C : oxBaseService
+    {};
+    const int before = factory()->getServices().size();
+    const QList<oxBaseService *> services = file<A, B, C>();
+    factory()->fileService<C>(services.first());
+    typeRegistrations.clear();
+    factory()->forgetService(services.first());
+
+    QCOMPARE(factory()->getServices().mid(before), QList<oxBaseService *>({nullptr, services.at(1), nullptr}));
+    QVERIFY(typeRegistrations.isEmpty());
+    factory()->forgetService(services.at(2)); // is replaced already
+    QCOMPARE(factory()->getServices().mid(before), QList<oxBaseService *>({nullptr, services.at(1), nullptr}));
 }
 
 void tst_oxKernelServiceFactory::typesAreRegisteredOnceForEachFilingAndAfterIt()

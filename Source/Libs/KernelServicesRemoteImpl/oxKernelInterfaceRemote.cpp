@@ -60,10 +60,7 @@ void createService(Arguments... arguments)
     auto *service = new Implementation(arguments...);
     factory->fileService<Interface>(service);
     // Services live until the process ends, but a script can delete the one it sees.
-    QObject::connect(service, &QObject::destroyed, service, [factory, service] {
-        if (factory->getServices().contains(service))
-            factory->fileService<Interface>(nullptr);
-    });
+    QObject::connect(service, &QObject::destroyed, service, [factory, service] { factory->forgetService(service); });
 }
 
 void createServices()
@@ -108,6 +105,13 @@ QByteArray nameInPython(const oxBaseService *service)
         }
     }
     return name;
+}
+
+// The services that are filed now. A script, or what is called for one of them, may delete others.
+QVector<QPointer<oxBaseService>> filedServices()
+{
+    const QList<oxBaseService *> services = oxKernelServiceFactory::the()->getServices();
+    return {services.begin(), services.end()};
 }
 
 void addPythonBindings(PythonQtObjectPtr *module, bool verbose)
@@ -313,10 +317,12 @@ void oxKernelInterface::init(oxQRPCClient *client, bool flag)
 
 void oxKernelInterface::registerServices()
 {
-    const QList<oxBaseService *> services = oxKernelServiceFactory::the()->getServices();
-    for (oxBaseService *service : services) {
-        service->setClient(d->client);
-        d->client->registerService(service);
+    const QVector<QPointer<oxBaseService>> services = filedServices();
+    for (const QPointer<oxBaseService> &service : services) {
+        if (service)
+            service->setClient(d->client);
+        if (service)
+            d->client->registerService(service);
     }
 }
 
@@ -424,8 +430,8 @@ bool oxKernelInterface::loadPythonPlugin(const QString &path)
 
 void oxKernelInterface::callAllInit()
 {
-    const QList<oxBaseService *> services = oxKernelServiceFactory::the()->getServices();
-    for (oxBaseService *service : services)
+    const QVector<QPointer<oxBaseService>> services = filedServices();
+    for (const QPointer<oxBaseService> &service : services)
         QMetaObject::invokeMethod(service, "init", Qt::DirectConnection);
 }
 

@@ -47,6 +47,9 @@ public:
 
     /// Gives every filed service the client and registers it there, one after another in the
     /// order of oxKernelServiceFactory::getServices(). Part of init().
+    ///
+    /// Works on the services that are filed when it is called, as callAllInit() does: null is
+    /// passed over, and so is a service that is deleted before its turn.
     void registerServices();
 
     /// Starts the interpreter with its output echoed, and the search path below the base folder.

@@ -36,6 +36,16 @@ public:
         registerTypes(service);
     }
 
+    /// Files null in place of @p service under each key that it is filed under. It may be about to be
+    /// destroyed: nothing of it is looked at.
+    void forgetService(const oxBaseService *service)
+    {
+        for (oxBaseService *&filed : m_services) {
+            if (filed == service)
+                filed = nullptr;
+        }
+    }
+
     /// The service that is filed under the key of the interface type T. Nothing is cached.
     ///
     /// @return null and one line on standard error where nothing, or a null pointer, is filed:
