@@ -1,9 +1,13 @@
 #include <QAbstractButton>
 #include <QLabel>
 #include <QMenuBar>
+#include <QMetaProperty>
 #include <QPointer>
 #include <QTest>
 #include <QTranslator>
+
+#include <functional>
+#include <thread>
 
 #include <stdio_ext.h>
 
@@ -110,9 +114,14 @@ private:
 // Of an operation without a result the result is null, too.
 using Operation = std::function<const void *(oxMainWindowServiceRemoteImpl *)>;
 
+using Preparation = std::function<void(Window *)>;
+using Parting = std::function<void(QScopedPointer<Window> *)>;
+
 } // namespace
 
 Q_DECLARE_METATYPE(Operation)
+Q_DECLARE_METATYPE(Preparation)
+Q_DECLARE_METATYPE(Parting)
 
 class tst_oxMainWindowServiceRemoteImpl : public QObject
 {
@@ -159,6 +168,10 @@ private Q_SLOTS:
     void closeButtonOfTheDockUnchecksItsEntry();
     void entryShowsAndHidesTheDock();
     void checkMarkSetByTheProgramLeavesTheDockAlone();
+    void entryAndDockAreConnectedEachInItsWay_data();
+    void entryAndDockAreConnectedEachInItsWay();
+    void signalsFromAnotherThreadWaitForTheWidgets_data();
+    void signalsFromAnotherThreadWaitForTheWidgets();
     void showAndHideTakeTheFirstOfTwoDocks();
     void showAndHideOfAnUnknownModuleDoNothing();
 
@@ -174,6 +187,13 @@ private Q_SLOTS:
     void changedModuleGetsTheNewContent();
     void changedModuleMayHaveNoContentBefore();
     void contentThatTheDockHasAlreadyStays();
+    void contentFromWithinTheOldOneIsTakenOutOfIt_data();
+    void contentFromWithinTheOldOneIsTakenOutOfIt();
+    void contentThatGoesMayDoAnything_data();
+    void contentThatGoesMayDoAnything();
+    void changeWhileTheContentIsDestroyed_data();
+    void changeWhileTheContentIsDestroyed();
+    void newEntryHasOnlyTheIconAndTheCheckMarkOfTheOldOne();
     void changedEntryStillFollowsTheDockAndDrivesIt();
     void changeInTheSameMenuPutsTheEntryLast();
     void changeWithNullContentDoesNothing();
@@ -185,6 +205,7 @@ private Q_SLOTS:
     void changeDeletesTheFirstEmptyMenuOnly();
     void firstEmptyMenuIsTheFirstInChildOrder();
     void changeDeletesAnEmptyMenuInsideAnotherMenu();
+    void emptyHelpMenuIsDeletedLikeAnyOther();
     void moduleNamedLikeAMenuLeavesTheMenuAlone();
 
     void removedModuleLosesEntryDockAndContent();
@@ -192,6 +213,7 @@ private Q_SLOTS:
     void removalOfAnUnknownModuleDoesNothing();
     void removalTakesTheFirstOfTwoModules();
     void removalOfAModuleThatLostItsDockTakesTheEntry();
+    void removalOfAModuleThatLostItsEntryTakesTheDock();
 
     void unavailableOperationPrintsItsLine_data();
     void unavailableOperationPrintsItsLine();
@@ -627,6 +649,53 @@ void tst_oxMainWindowServiceRemoteImpl::checkMarkSetByTheProgramLeavesTheDockAlo
     QVERIFY(!window.dock()->isVisible());
 }
 
+void tst_oxMainWindowServiceRemoteImpl::entryAndDockAreConnectedEachInItsWay_data()
+{
+    QTest::addColumn<Preparation>("prepare");
+    QTest::newRow("added") << Preparation([](Window *window) { window->add(module); });
+    QTest::newRow("changed") << Preparation([](Window *window) {
+        window->add(module);
+        window->service.changeModule(module, scripts, new QLabel);
+    });
+}
+
+// Qt ends a connection by signal and slot in the way it was made, by text or by pointer, and in no other.
+void tst_oxMainWindowServiceRemoteImpl::entryAndDockAreConnectedEachInItsWay()
+{
+    QFETCH(Preparation, prepare);
+    Window window;
+    prepare(&window);
+
+    QVERIFY(disconnect(window.entry(), SIGNAL(triggered(bool)), window.dock(), SLOT(setVisible(bool))));
+    QVERIFY(disconnect(window.dock(), &QDockWidget::visibilityChanged, window.entry(), &QAction::setChecked));
+    window.entry()->trigger();
+    QVERIFY(!window.dock()->isVisible());
+    window.entry()->setChecked(false);
+    window.dock()->show();
+    QVERIFY(!window.entry()->isChecked());
+}
+
+void tst_oxMainWindowServiceRemoteImpl::signalsFromAnotherThreadWaitForTheWidgets_data()
+{
+    entryAndDockAreConnectedEachInItsWay_data();
+}
+
+void tst_oxMainWindowServiceRemoteImpl::signalsFromAnotherThreadWaitForTheWidgets()
+{
+    QFETCH(Preparation, prepare);
+    Window window;
+    prepare(&window);
+    const auto emitInThread = [](const auto &emission) { std::thread(emission).join(); };
+
+    emitInThread([dock = window.dock()] { Q_EMIT dock->visibilityChanged(true); });
+    QVERIFY(!window.entry()->isChecked());
+    QTRY_VERIFY(window.entry()->isChecked());
+
+    emitInThread([entry = window.entry()] { Q_EMIT entry->triggered(true); });
+    QVERIFY(!window.dock()->isVisible());
+    QTRY_VERIFY(window.dock()->isVisible());
+}
+
 void tst_oxMainWindowServiceRemoteImpl::showAndHideTakeTheFirstOfTwoDocks()
 {
     Window window;
@@ -797,6 +866,147 @@ void tst_oxMainWindowServiceRemoteImpl::contentThatTheDockHasAlreadyStays()
     QCOMPARE(window.menu(scripts)->actions(), window.entries());
 }
 
+void tst_oxMainWindowServiceRemoteImpl::contentFromWithinTheOldOneIsTakenOutOfIt_data()
+{
+    QTest::addColumn<bool>("isDeeper");
+    QTest::addColumn<bool>("isWindow");
+    QTest::newRow("child") << false << false;
+    QTest::newRow("grandchild") << true << false;
+    QTest::newRow("window") << false << true;
+}
+
+void tst_oxMainWindowServiceRemoteImpl::contentFromWithinTheOldOneIsTakenOutOfIt()
+{
+    QFETCH(bool, isDeeper);
+    QFETCH(bool, isWindow);
+    Window window;
+    const QPointer<QWidget> old = new QWidget;
+    QWidget *parent = isDeeper ? new QWidget(old) : old.data();
+    const QPointer<QWidget> content = new QWidget(parent, isWindow ? Qt::Window : Qt::Widget);
+    window.add(module, tools, old);
+    window.service.showModule(module);
+    window.service.changeModule(module, tools, content);
+
+    QVERIFY(!old);
+    QVERIFY(content);
+    QCOMPARE(window.dock()->widget(), content.data());
+    QTRY_VERIFY(content->isVisible());
+}
+
+void tst_oxMainWindowServiceRemoteImpl::contentThatGoesMayDoAnything_data()
+{
+    QTest::addColumn<Parting>("parting");
+    QTest::addColumn<QString>("menu");
+    const auto addRow = [](const char *name, const QString &menu, const Parting &parting) {
+        QTest::newRow(name) << parting << menu;
+    };
+
+    addRow("change the module again", tools,
+           [](QScopedPointer<Window> *window) { (*window)->service.changeModule(module, tools, new QLabel); });
+    addRow("change it into another menu", tools,
+           [](QScopedPointer<Window> *window) { (*window)->service.changeModule(module, scripts, new QLabel); });
+    addRow("remove the module", tools, [](QScopedPointer<Window> *window) { (*window)->service.subModule(module); });
+    addRow("delete the menu", tools, [](QScopedPointer<Window> *window) { delete (*window)->menu(tools); });
+    addRow("delete the window", QString(), [](QScopedPointer<Window> *window) { window->reset(); });
+}
+
+// A child of the content says that it goes, and so the content is still a widget, in parts.
+void tst_oxMainWindowServiceRemoteImpl::contentThatGoesMayDoAnything()
+{
+    QFETCH(Parting, parting);
+    QFETCH(QString, menu);
+    QScopedPointer<Window> window(new Window);
+    auto *old = new QWidget;
+    auto *child = new QLabel(old);
+    window->add(module, tools, old);
+    window->service.showModule(module);
+    int count = 0;
+    connect(child, &QObject::destroyed, this, [&] {
+        ++count;
+        parting(&window);
+    });
+    const QPointer<QWidget> content = new QLabel;
+    oxMainWindowServiceRemoteImpl service; // outlives the window
+    service.setWidget(window.get());
+    service.changeModule(module, tools, content);
+
+    QCOMPARE(count, 1);
+    QVERIFY(content);
+    if (menu.isEmpty()) {
+        delete content;
+        return;
+    }
+    QVERIFY(!window->menu(menu)->actions().isEmpty());
+    QVERIFY(!window->dock() || window->dock()->widget() == content);
+    if (!window->dock())
+        delete content;
+    else
+        QCOMPARE(window->dock()->findChildren<QLabel *>(), QList<QLabel *>{qobject_cast<QLabel *>(content.data())});
+}
+
+void tst_oxMainWindowServiceRemoteImpl::changeWhileTheContentIsDestroyed_data()
+{
+    QTest::addColumn<bool>("isChild");
+    QTest::addColumn<bool>("isShown");
+    QTest::newRow("content, hidden") << false << false;
+    QTest::newRow("content, shown") << false << true;
+    QTest::newRow("child of it, hidden") << true << false;
+    QTest::newRow("child of it, shown") << true << true;
+}
+
+// Its owner deletes it, and the dock still has it.
+void tst_oxMainWindowServiceRemoteImpl::changeWhileTheContentIsDestroyed()
+{
+    QFETCH(bool, isChild);
+    QFETCH(bool, isShown);
+    Window window;
+    auto *old = new QWidget;
+    window.add(module, tools, old);
+    if (isShown)
+        window.service.showModule(module);
+    const QPointer<QWidget> content = new QLabel;
+    connect(isChild ? new QLabel(old) : old, &QObject::destroyed, this, [&] {
+        QVERIFY(window.dock()->widget());
+        window.service.changeModule(module, scripts, content);
+        QCOMPARE(window.dock()->widget(), content.data());
+    });
+    delete old;
+
+    QCOMPARE(window.dock()->widget(), content.data());
+    QCOMPARE(window.entries(), window.menu(scripts)->actions());
+    window.service.showModule(module);
+    QTRY_VERIFY(content->isVisible());
+}
+
+void tst_oxMainWindowServiceRemoteImpl::newEntryHasOnlyTheIconAndTheCheckMarkOfTheOldOne()
+{
+    Window window;
+    window.add(QStringLiteral("New"), scripts);
+    window.add(module, tools, new QLabel, icon(Qt::red));
+    QAction *old = window.entry();
+    old->setShortcut(Qt::CTRL + Qt::Key_M);
+    old->setToolTip(QStringLiteral("Tip"));
+    old->setStatusTip(QStringLiteral("Status"));
+    old->setWhatsThis(QStringLiteral("What"));
+    old->setIconText(QStringLiteral("Icon"));
+    old->setData(1);
+    old->setEnabled(false);
+    old->setObjectName(QStringLiteral("name"));
+    window.service.changeModule(module, scripts, new QLabel);
+
+    QAction *entry = window.entry();
+    entry->setIcon(QIcon());
+    entry->setText(QStringLiteral("New"));
+    const QAction *asNew = window.entry(QStringLiteral("New"));
+    QVERIFY(asNew != entry);
+    for (int i = 0; i < entry->metaObject()->propertyCount(); ++i) {
+        const QMetaProperty property = entry->metaObject()->property(i);
+        QVERIFY2(property.name() == QByteArray("icon") || property.read(entry) == property.read(asNew),
+                 property.name());
+    }
+    QVERIFY(entry->data().isNull());
+}
+
 void tst_oxMainWindowServiceRemoteImpl::changedEntryStillFollowsTheDockAndDrivesIt()
 {
     Window window;
@@ -950,6 +1160,19 @@ void tst_oxMainWindowServiceRemoteImpl::changeDeletesAnEmptyMenuInsideAnotherMen
     QVERIFY(window.menu(QStringLiteral("Empty")));
 }
 
+void tst_oxMainWindowServiceRemoteImpl::emptyHelpMenuIsDeletedLikeAnyOther()
+{
+    Window window;
+    window.help->clear();
+    window.add(module, tools);
+    QCOMPARE(window.menuTitles(), QStringList({"&File", "Tools", "&Help"}));
+    window.service.changeModule(module, tools, new QLabel);
+    QCOMPARE(window.menuTitles(), QStringList({"&File", "Tools"}));
+
+    window.add(QStringLiteral("Other"), scripts);
+    QCOMPARE(window.menuTitles(), QStringList({"&File", "Tools", "Scripts"}));
+}
+
 // A menu's own action has the menu's title for its text.
 void tst_oxMainWindowServiceRemoteImpl::moduleNamedLikeAMenuLeavesTheMenuAlone()
 {
@@ -1029,6 +1252,16 @@ void tst_oxMainWindowServiceRemoteImpl::removalOfAModuleThatLostItsDockTakesTheE
     window.service.subModule(module);
 
     QVERIFY(window.entries().isEmpty());
+}
+
+void tst_oxMainWindowServiceRemoteImpl::removalOfAModuleThatLostItsEntryTakesTheDock()
+{
+    Window window;
+    window.add(module);
+    delete window.entry();
+    window.service.subModule(module);
+
+    QVERIFY(window.docks().isEmpty());
 }
 
 // What is not available

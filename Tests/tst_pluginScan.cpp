@@ -18,6 +18,7 @@
 #include "oxKernelServiceFactory.h"
 #include "oxMainWindowService.h"
 #include "oxMessageService.h"
+#include "oxRenderService.h"
 
 // The plugins folder, looked through again and again.
 class tst_pluginScan : public QObject
@@ -54,6 +55,9 @@ private Q_SLOTS:
     void sweepLeavesThePythonModuleAlone();
     void sweepOfAPluginWithoutDock();
     void sweepThatEndsInAnotherScan();
+    void scanInDestroyedOfWhatAReloadDeletes_data();
+    void scanInDestroyedOfWhatAReloadDeletes();
+    void scanInDestroyedOfAContainerThatItsOwnerDeletes();
     void missingScriptsFolderHasNoPlugins();
     void missingPluginsFolderHasNoPlugins_data();
     void missingPluginsFolderHasNoPlugins();
@@ -535,6 +539,70 @@ void tst_pluginScan::sweepThatEndsInAnotherScan()
     QCOMPARE(dockCount(), 1);
     QVERIFY(m_host.entry("Two"));
     mainWindow->subModule("Two");
+}
+
+void tst_pluginScan::scanInDestroyedOfWhatAReloadDeletes_data()
+{
+    QTest::addColumn<bool>("isChild");
+    QTest::addColumn<bool>("isShown");
+    QTest::addColumn<bool>("isInOverlay");
+    for (const bool isChild : {false, true}) {
+        const char *what = isChild ? "child" : "container";
+        QTest::addRow("%s, hidden", what) << isChild << false << false;
+        QTest::addRow("%s, shown", what) << isChild << true << false;
+        QTest::addRow("%s, in the overlay", what) << isChild << false << true;
+    }
+}
+
+// The host's own code, which no scan disconnects.
+void tst_pluginScan::scanInDestroyedOfWhatAReloadDeletes()
+{
+    QFETCH(bool, isChild);
+    QFETCH(bool, isShown);
+    QFETCH(bool, isInOverlay);
+
+    m_host.write("Tool.py", "print 'runs'\n");
+    scan();
+    auto *renderService = oxKernelServiceFactory::the()->getService<oxRenderService>();
+    if (isInOverlay)
+        renderService->addOverlay("Tool");
+    if (isShown) {
+        m_host.window.show();
+        m_host.dock("Tool")->show();
+    }
+    const QPointer<QWidget> container = record("Tool").widget;
+    const QObject *watched = isChild ? new QWidget(container) : container.data();
+    int scans = 0;
+    connect(watched, &QObject::destroyed, this, [this, &scans] {
+        ++scans;
+        m_host.scan();
+    });
+    const Output output = scan();
+    m_host.window.hide();
+
+    QCOMPARE(scans, 1);
+    QVERIFY(!container);
+    QCOMPARE(output.standardOutput, (bindings + info("runs") + loaded("Tool")).repeated(2));
+    QCOMPARE(output.standardError, QByteArray());
+    QCOMPARE(keys(), QStringList{"Tool"});
+    QVERIFY(record("Tool").widget);
+    QCOMPARE(dockCount(), 1);
+    QCOMPARE(m_host.dock("Tool")->widget(), record("Tool").widget);
+    QCOMPARE(m_host.menu("Scripts")->actions().size(), 1);
+    QCOMPARE(scan().standardOutput, bindings + info("runs") + loaded("Tool"));
+}
+
+void tst_pluginScan::scanInDestroyedOfAContainerThatItsOwnerDeletes()
+{
+    m_host.write("Tool.py", "");
+    scan();
+    QWidget *container = record("Tool").widget;
+    connect(container, &QObject::destroyed, this, [this] { m_host.scan(); });
+    const Output output = outputOf([container] { delete container; });
+
+    QCOMPARE(output.standardOutput, bindings + loaded("Tool"));
+    QVERIFY(record("Tool").widget);
+    QCOMPARE(m_host.dock("Tool")->widget(), record("Tool").widget);
 }
 
 void tst_pluginScan::missingScriptsFolderHasNoPlugins()

@@ -231,8 +231,10 @@ void leaveModules(PyObject *module, const QByteArray &name)
 // code of the plugin as it goes, and that code end in another scan: the record is left first.
 void discardContent(oxKernelInterfaceP::oxPluginInfo *plugin)
 {
-    QWidget *widget = std::exchange(plugin->widget, nullptr);
+    const QPointer<QWidget> widget = std::exchange(plugin->widget, nullptr);
     PythonQtObjectPtr *module = std::exchange(plugin->module, nullptr);
+    if (widget)
+        widget->setParent(nullptr); // or else the other scan deletes it once more, as its dock's content
     delete widget;
     if (!module)
         return;

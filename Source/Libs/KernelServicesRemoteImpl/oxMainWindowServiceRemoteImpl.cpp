@@ -1,5 +1,6 @@
 #include "oxMainWindowServiceRemoteImpl.h"
 
+#include <QLayout>
 #include <QMenuBar>
 
 #include <cstdio>
@@ -13,6 +14,41 @@ void printLine(const char *line)
 {
     printf("%s\n", line);
     fflush(stdout);
+}
+
+bool isDescendant(const QObject *object, const QObject *ancestor)
+{
+    while (object && object != ancestor)
+        object = object->parent();
+    return object != nullptr;
+}
+
+// Qt takes a widget out of its window's focus chain before it emits destroyed() and deletes the children.
+bool isBeingDestroyed(const QWidget *widget)
+{
+    return !widget->nextInFocusChain();
+}
+
+void deleteContent(QDockWidget *dock)
+{
+    QWidget *content = dock->widget();
+    if (isBeingDestroyed(content)) {
+        dock->layout()->removeWidget(content);
+        return;
+    }
+    content->setParent(nullptr); // whatever its deletion leads to does not find it any more
+    delete content;
+}
+
+// What is called as the old content goes may give the dock another one, and may delete the dock.
+void replaceContent(const QPointer<QOXDockWidget> &dock, QWidget *content)
+{
+    if (isDescendant(content, dock->widget()))
+        content->setParent(nullptr);
+    while (dock && dock->widget())
+        deleteContent(dock);
+    if (dock)
+        dock->setWidget(content);
 }
 
 } // namespace
@@ -70,13 +106,13 @@ void oxMainWindowServiceRemoteImpl::changeModule(const QString &name, const QStr
         delete entry;
     }
 
-    QMenu *target = findOrCreateMenu(menu);
-    QOXDockWidget *dock = findDock(name);
-    if (dock && dock->widget() != widget) {
-        delete dock->widget();
-        dock->setWidget(widget);
-    }
-    addEntry(target, icon, name, dock)->setChecked(isChecked);
+    const QPointer<QMenu> target = findOrCreateMenu(menu);
+    const QPointer<QOXDockWidget> dock = findDock(name);
+    if (dock && dock->widget() != widget)
+        replaceContent(dock, widget);
+    if (!mainWindow)
+        return;
+    addEntry(target ? target.data() : findOrCreateMenu(menu), icon, name, dock)->setChecked(isChecked);
 
     // Deliberate: one empty menu at most, whosever it is.
     delete firstDescendant<QMenu>(mainWindow->menuBar(), [](const QMenu *m) { return m->actions().isEmpty(); });
