@@ -23,7 +23,7 @@ namespace {
 
 const QString tool = QStringLiteral("Tool");
 
-// When the mouse came over a widget and when it left, and how the widget moved.
+// When the mouse came over a widget, double-clicked it and left, and how the widget moved.
 class Watch : public QObject
 {
 public:
@@ -39,6 +39,8 @@ public:
             entered = m_clock.elapsed();
         else if (event->type() == QEvent::Leave)
             left = m_clock.elapsed();
+        else if (event->type() == QEvent::MouseButtonDblClick)
+            doubleClicked = m_clock.elapsed();
         else if (event->type() == QEvent::Move) {
             lastMove = m_clock.elapsed();
             if (moves.isEmpty())
@@ -50,6 +52,7 @@ public:
 
     qint64 entered = -1;
     qint64 left = -1;
+    qint64 doubleClicked = -1;
     qint64 firstMove = -1;
     qint64 lastMove = -1;
     QVector<int> moves;
@@ -73,7 +76,7 @@ private Q_SLOTS:
     void leavingTheStripAfter300MillisecondsDoesNot();
     void slideIsEvenAndTakesItsTime();
     void doubleClickCloses();
-    void doubleClickOnTheStripCloses();
+    void doubleClickOnTheStripDoesNotEndTheHover();
     void doubleClickBesideThePanelDoesNotClose();
     void swipeCloses();
     void nextShowFollowsAResizedWindow();
@@ -214,12 +217,25 @@ void tst_overlayOnX11::doubleClickCloses()
     QCOMPARE(m_panel->x(), -m_panel->width());
 }
 
-void tst_overlayOnX11::doubleClickOnTheStripCloses()
+// The panel goes, and comes back while the mouse rests. A hand that is held up clicks when it is open already.
+void tst_overlayOnX11::doubleClickOnTheStripDoesNotEndTheHover()
 {
-    indicate();
-    Hand::doubleClick(inView(10, 300)); // and the mouse stays there
-
-    QTRY_VERIFY(m_panel->isHidden());
+    for (int attempt = 0; attempt < 10; ++attempt) {
+        indicate();
+        const Watch watch(m_panel);
+        Hand::doubleClick(inView(10, 300));
+        QTRY_VERIFY(watch.doubleClicked >= 0);
+        QVERIFY(watch.entered >= 0);
+        if (watch.doubleClicked - watch.entered < 370) {
+            QTRY_COMPARE(m_panel->x(), 0);
+            QVERIFY(m_panel->isVisible());
+            QVERIFY(watch.left < 0);
+            return;
+        }
+        cleanup();
+        init();
+    }
+    QFAIL("the hand was never in time");
 }
 
 void tst_overlayOnX11::doubleClickBesideThePanelDoesNotClose()

@@ -275,6 +275,7 @@ using MaybeMotion = QVector<Motion>;
 
 Q_DECLARE_METATYPE(Operation)
 Q_DECLARE_METATYPE(Motion)
+Q_DECLARE_METATYPE(std::function<void(Touch *)>)
 
 #define COMPARE_SLIDE(slide, startX, endX, milliseconds)                                                               \
     do {                                                                                                               \
@@ -321,6 +322,8 @@ private Q_SLOTS:
     void panelSlidesInFromOutsideTheView();
     void nextShowFollowsTheViewsSize_data();
     void nextShowFollowsTheViewsSize();
+    void visiblePanelKeepsItsSizeAsTheViewChanges_data();
+    void visiblePanelKeepsItsSizeAsTheViewChanges();
     void indicatedPanelIsRaised();
     void shownPanelIsNotRaised();
     void newContentMakesTheNextIndicatedPanelWider();
@@ -341,8 +344,11 @@ private Q_SLOTS:
     void hoverStartsTheTimer();
     void restingOnTheStripOpensThePanel();
     void leavingStopsTheTimer();
-    void slidingOutStopsTheTimer_data();
-    void slidingOutStopsTheTimer();
+    void slidingOutLeavesTheTimerRunning_data();
+    void slidingOutLeavesTheTimerRunning();
+    void hoverBringsThePanelBack_data();
+    void hoverBringsThePanelBack();
+    void showingLeavesTheTimerRunning();
     void enteringAgainStartsTheTimerAnew();
     void enteringElsewhereThanOnTheStripStartsNoTimer_data();
     void enteringElsewhereThanOnTheStripStartsNoTimer();
@@ -354,12 +360,16 @@ private Q_SLOTS:
     void swipes();
     void swipeCallsHideOverlayThroughTheVirtualTable();
     void swipeClosesOnlyWhenItIsFinished();
+    void cancelledSwipeDoesNotClose_data();
+    void cancelledSwipeDoesNotClose();
     void swipeOnAContentClosesThePanel();
     void gestureIsTakenOnlyWhenItIsAFinishedSwipeToTheLeft_data();
     void gestureIsTakenOnlyWhenItIsAFinishedSwipeToTheLeft();
 
     void contentMovesIntoATab();
     void addedContentIsVisibleInTheShownPanel();
+    void addLeavesTheDockAsItIs_data();
+    void addLeavesTheDockAsItIs();
     void secondContentGoesBehindTheFirst();
     void addReplacesATabOfThatNameInPlace_data();
     void addReplacesATabOfThatNameInPlace();
@@ -792,6 +802,29 @@ void tst_oxRenderServiceRemoteImpl::nextShowFollowsTheViewsSize()
     QCOMPARE(stage.panel->size(), size);
 }
 
+void tst_oxRenderServiceRemoteImpl::visiblePanelKeepsItsSizeAsTheViewChanges_data()
+{
+    QTest::addColumn<Operation>("operation");
+    QTest::newRow("indicate") << indicate;
+    QTest::newRow("show") << showPanel;
+}
+
+void tst_oxRenderServiceRemoteImpl::visiblePanelKeepsItsSizeAsTheViewChanges()
+{
+    QFETCH(Operation, operation);
+    Stage stage;
+    operation(&stage);
+    Stage::endSlides();
+    const QRect before = stage.panel->geometry();
+    stage.view->resize(1500, 700);
+    stage.view->move(20, 20);
+    stage.window.resize(1600, 900);
+    QCoreApplication::processEvents();
+
+    QCOMPARE(stage.panel->geometry(), before);
+    QVERIFY(slides.isEmpty());
+}
+
 void tst_oxRenderServiceRemoteImpl::indicatedPanelIsRaised()
 {
     Stage stage;
@@ -1042,7 +1075,7 @@ void tst_oxRenderServiceRemoteImpl::leavingStopsTheTimer()
     QCOMPARE(stage.findState(), 1);
 }
 
-void tst_oxRenderServiceRemoteImpl::slidingOutStopsTheTimer_data()
+void tst_oxRenderServiceRemoteImpl::slidingOutLeavesTheTimerRunning_data()
 {
     QTest::addColumn<Operation>("operation");
     QTest::newRow("indicate no more") << indicateNot;
@@ -1050,15 +1083,62 @@ void tst_oxRenderServiceRemoteImpl::slidingOutStopsTheTimer_data()
     QTest::newRow("double click") << doubleClick;
 }
 
-void tst_oxRenderServiceRemoteImpl::slidingOutStopsTheTimer()
+void tst_oxRenderServiceRemoteImpl::slidingOutLeavesTheTimerRunning()
 {
     QFETCH(Operation, operation);
     Stage stage;
+    stage.setWidthHint(150);
     stage.goTo(1);
     stage.send(QEvent::Enter);
     operation(&stage);
 
-    QVERIFY(!startedTimers.value(0)->isActive());
+    QCOMPARE(slides.size(), 1); // it is on its way out
+    QCOMPARE(startedTimers.size(), 1);
+    QVERIFY(startedTimers.first()->isActive());
+    stage.send(QEvent::Leave);
+    QVERIFY(!startedTimers.first()->isActive());
+}
+
+void tst_oxRenderServiceRemoteImpl::hoverBringsThePanelBack_data()
+{
+    slidingOutLeavesTheTimerRunning_data();
+}
+
+void tst_oxRenderServiceRemoteImpl::hoverBringsThePanelBack()
+{
+    QFETCH(Operation, operation);
+    Stage stage;
+    stage.setWidthHint(150);
+    stage.goTo(1);
+    stage.send(QEvent::Enter);
+    operation(&stage);
+    slides.clear();
+    QSignalSpy rested(startedTimers.value(0), &QTimer::timeout);
+    QVERIFY(rested.wait(60000));
+
+    QCOMPARE(slides.size(), 1);
+    QCOMPARE(slides.first().animation->endValue(), QVariant(QPoint(0, 0)));
+    QCOMPARE(slides.first().animation->duration(), 300);
+    QVERIFY(!startedTimers.first()->isActive());
+    QTRY_COMPARE(stage.panel->pos(), QPoint(0, 0));
+    QCOMPARE(stage.findState(), 2);
+}
+
+void tst_oxRenderServiceRemoteImpl::showingLeavesTheTimerRunning()
+{
+    Stage stage;
+    stage.goTo(1);
+    stage.send(QEvent::Enter);
+    stage.service->showOverlay();
+    QVERIFY(startedTimers.value(0)->isActive());
+    slides.clear();
+    QSignalSpy rested(startedTimers.first(), &QTimer::timeout);
+    QVERIFY(rested.wait(60000));
+
+    QCOMPARE(slides.size(), 1);
+    QCOMPARE(slides.first().animation->endValue(), QVariant(QPoint(0, 0)));
+    QCOMPARE(slides.first().animation->duration(), 300);
+    QCOMPARE(stage.findState(), 2);
 }
 
 void tst_oxRenderServiceRemoteImpl::enteringAgainStartsTheTimerAnew()
@@ -1191,6 +1271,42 @@ void tst_oxRenderServiceRemoteImpl::swipeClosesOnlyWhenItIsFinished()
     QCOMPARE(slides.size(), 1);
 }
 
+void tst_oxRenderServiceRemoteImpl::cancelledSwipeDoesNotClose_data()
+{
+    using Stroke = std::function<void(Touch *)>;
+    QTest::addColumn<Stroke>("stroke");
+    QTest::newRow("second finger") << Stroke([](Touch *touch) {
+        touch->pressAnother({50, 400});
+        touch->liftAnother({50, 400});
+        touch->lift({40, 300});
+    });
+    QTest::newRow("finger that comes back") << Stroke([](Touch *touch) {
+        touch->moveTo({150, 300});
+        touch->lift({150, 300});
+    });
+}
+
+void tst_oxRenderServiceRemoteImpl::cancelledSwipeDoesNotClose()
+{
+    QFETCH(std::function<void(Touch *)>, stroke);
+    auto *service = new WatchingService;
+    Stage stage(service);
+    stage.addView();
+    stage.window.show();
+    stage.goTo(2);
+    Touch touch(stage.panel);
+    touch.press({150, 300});
+    touch.moveTo({50, 300});
+    touch.moveTo({40, 300});
+    stroke(&touch);
+
+    const QVector<QPair<Qt::GestureState, bool>> expected{{Qt::GestureStarted, false}, {Qt::GestureCanceled, false}};
+    QCOMPARE(service->swipes.first(), expected.first());
+    QCOMPARE(service->swipes.last(), expected.last());
+    QVERIFY(slides.isEmpty());
+    QCOMPARE(stage.findState(), 2);
+}
+
 void tst_oxRenderServiceRemoteImpl::swipeOnAContentClosesThePanel()
 {
     Stage stage;
@@ -1263,6 +1379,27 @@ void tst_oxRenderServiceRemoteImpl::addedContentIsVisibleInTheShownPanel()
     QVERIFY(stage.panel->isAncestorOf(content));
 }
 
+void tst_oxRenderServiceRemoteImpl::addLeavesTheDockAsItIs_data()
+{
+    QTest::addColumn<bool>("isShown");
+    QTest::newRow("shown") << true;
+    QTest::newRow("hidden") << false;
+}
+
+void tst_oxRenderServiceRemoteImpl::addLeavesTheDockAsItIs()
+{
+    QFETCH(bool, isShown);
+    Stage stage;
+    stage.addModule();
+    if (isShown)
+        stage.mainWindowService.showModule(module);
+    const QSignalSpy changes(stage.dock(), &QDockWidget::visibilityChanged);
+    stage.service->addOverlay(module);
+
+    QCOMPARE(stage.dock()->isVisible(), isShown);
+    QCOMPARE(changes.size(), 0);
+}
+
 void tst_oxRenderServiceRemoteImpl::secondContentGoesBehindTheFirst()
 {
     Stage stage;
@@ -1291,9 +1428,11 @@ void tst_oxRenderServiceRemoteImpl::addReplacesATabOfThatNameInPlace()
     const QVector<Content *> before = stage.addTabs(names);
     stage.panel->setCurrentIndex(current);
     auto *content = new Content;
+    const QPointer<QWidget> former = before.at(replaced);
     stage.dock(names.at(replaced))->setWidget(content);
     stage.service->addOverlay(names.at(replaced));
 
+    QVERIFY(former); // it is no tab any more, but whose it is may still use it
     QCOMPARE(stage.tabs(), names);
     for (int i = 0; i < 3; ++i)
         QCOMPARE(stage.panel->widget(i), i == replaced ? content : before.at(i));
@@ -1448,9 +1587,11 @@ void tst_oxRenderServiceRemoteImpl::updateReplacesTheTabsContent()
     const QVector<Content *> before = stage.addTabs(names);
     stage.panel->setCurrentIndex(current);
     auto *content = new Content;
+    const QPointer<QWidget> former = before.at(replaced);
     stage.mainWindowService.changeModule(names.at(replaced), QStringLiteral("Tools"), content);
     stage.service->updateOverlay(names.at(replaced));
 
+    QVERIFY(former);
     QCOMPARE(stage.tabs(), names);
     for (int i = 0; i < 3; ++i)
         QCOMPARE(stage.panel->widget(i), i == replaced ? content : before.at(i));
@@ -1662,6 +1803,13 @@ void tst_oxRenderServiceRemoteImpl::hoverEndsWithTheRenderView()
     delete stage.view;
 
     QVERIFY(!startedTimers.first()->isActive());
+    stage.addView();
+    bool isLater = false;
+    QTimer::singleShot(500, Qt::PreciseTimer, this, [&isLater] { isLater = true; }); // a hover would be over
+    QTRY_VERIFY(isLater);
+    stage.service->showOverlay(); // not taken for shown already
+    QVERIFY(stage.panel->isVisible());
+    QCOMPARE(stage.panel->parent(), stage.view.data());
 }
 
 void tst_oxRenderServiceRemoteImpl::afterThePanelIsGoneNothingHappens()
@@ -1749,6 +1897,16 @@ void tst_oxRenderServiceRemoteImpl::removedPluginLeavesItsContentInTheOverlay()
     QCOMPARE(stage.tabContents(), QWidgetList({content}));
     stage.service->subOverlay(tool);
     QCOMPARE(stage.tabContents(), QWidgetList({content}));
+    stage.goTo(2);
+    QVERIFY(content->isVisible());
+
+    m_host.write(QStringLiteral("Tool.py"), "");
+    m_host.scan();
+    QCOMPARE(stage.tabContents(), QWidgetList({content}));
+    QWidget *later = stage.dock(tool)->widget();
+    stage.service->addOverlay(tool);
+    QCOMPARE(stage.tabContents(), QWidgetList({later}));
+    m_host.clear();
 }
 
 void tst_oxRenderServiceRemoteImpl::nothingIsPrinted()

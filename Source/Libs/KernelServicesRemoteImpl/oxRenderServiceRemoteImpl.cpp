@@ -210,7 +210,8 @@ void oxRenderServiceRemoteImpl::putOver(QWidget *view)
     connect(view, &QObject::destroyed, this, &oxRenderServiceRemoteImpl::leaveRenderView, Qt::UniqueConnection);
 }
 
-// The view is about to delete its children, but the panel is the service's and holds modules.
+// The view is about to delete its children, but the panel is the service's and holds modules. A hover
+// timer must not take it for shown, with no view to be seen in: showOverlay() would do nothing then.
 void oxRenderServiceRemoteImpl::leaveRenderView(const QObject *view)
 {
     if (!panel || panel->parent() != view)
@@ -220,10 +221,9 @@ void oxRenderServiceRemoteImpl::leaveRenderView(const QObject *view)
     overlayState = Hidden;
 }
 
-// A mouse that rests on a panel that is on its way out must not bring it back.
+// Deliberate: a hover timer runs on, and brings the panel back unless the mouse leaves it in time.
 void oxRenderServiceRemoteImpl::slideOut(int startX, int durationMs)
 {
-    hoverTimer->stop();
     animateOverlay(startX, -panel->width(), durationMs);
     overlayState = Hidden;
 }

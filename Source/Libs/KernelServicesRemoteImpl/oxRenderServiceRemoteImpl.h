@@ -26,7 +26,8 @@ public:
     ~oxRenderServiceRemoteImpl() override;
 
     /// On: lets 20 pixels of the hidden panel peek in over the render view; resting the mouse on
-    /// them for 400 ms opens it. Off: pulls a panel that peeks in back out.
+    /// them for 400 ms opens it, even if the panel is sent away meanwhile and the mouse does not
+    /// leave it. Off: pulls a panel that peeks in back out.
     void indicateOverlay(bool on) override;
 
     /// Slides the panel fully in; it takes its size hint's width or a fifth of the view's, what
