@@ -1,5 +1,6 @@
-// Loads the script plugins of the folder OX_PLUGINS_DIR and shows the module "Hello".
+// Loads the script plugins of the folder OX_PLUGINS_DIR, twice, and shows the module "Hello".
 
+#include <QAction>
 #include <QApplication>
 #include <QMainWindow>
 #include <QMenuBar>
@@ -13,13 +14,17 @@ int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
     QMainWindow window;
-    window.menuBar()->addMenu(QStringLiteral("&Help"));
+    QMenu *help = window.menuBar()->addMenu(QStringLiteral("&Help"));
+    help->addAction(QStringLiteral("About")); // an empty menu goes as soon as a plugin is reloaded
 
     oxQRPCClient client;
     oxKernelInterface::the()->init(&client, false);
     auto *mainWindow = oxKernelServiceFactory::the()->getService<oxMainWindowService>();
     mainWindow->setWidget(&window);
     oxKernelInterface::the()->loadScriptPlugins();
+    oxKernelInterface::the()->loadScriptPlugins();
+    if (window.menuBar()->actions().last()->text() != QLatin1String("&Help"))
+        return 2;
 
     mainWindow->showModule(QStringLiteral("Hello"));
     const QWidget *module = mainWindow->getModule(QStringLiteral("Hello"));
