@@ -1,3 +1,4 @@
+#include <QApplication>
 #include <QTest>
 #include <QWidget>
 
@@ -45,6 +46,7 @@ private Q_SLOTS:
     void windowIsTheOneLastGiven();
     void windowThatIsDeletedIsForgotten();
     void setWidgetTouchesNoPage();
+    void setWidgetShowsNothing();
     void addToPreferencesDropsTheSecondText();
     void subFromPreferencesPassesThePageOn();
     void nullPageIsPassedOnAndIgnored();
@@ -102,6 +104,21 @@ void tst_oxPreferencesServiceRemoteImpl::setWidgetTouchesNoPage()
 
     QVERIFY(additions.isEmpty());
     QVERIFY(removals.isEmpty());
+}
+
+void tst_oxPreferencesServiceRemoteImpl::setWidgetShowsNothing()
+{
+    QMainWindow window;
+    QWidget page;
+    oxPreferencesServiceRemoteImpl service(nullptr);
+    service.addToPreferences(QStringLiteral("Paths"), QString(), &page);
+    const QWidgetList before = QApplication::allWidgets();
+    service.setWidget(&window);
+
+    QVERIFY(window.isHidden());
+    QVERIFY(!window.testAttribute(Qt::WA_WState_Created));
+    QVERIFY(!page.isVisible());
+    QCOMPARE(QApplication::allWidgets().size(), before.size());
 }
 
 void tst_oxPreferencesServiceRemoteImpl::addToPreferencesDropsTheSecondText()
