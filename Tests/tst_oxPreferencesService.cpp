@@ -166,6 +166,8 @@ private Q_SLOTS:
     void pageReturnsWhenTheServiceGoes();
     void pageReturnsWhenTheWindowGoes();
     void pageGoesWithItsOwnParent();
+    void pageWhoseParentHasGoneIsNotGivenBack_data();
+    void pageWhoseParentHasGoneIsNotGivenBack();
     void pageMayBeTakenElsewhere();
     void closedDialogOpensAgain();
     void okAppliesSavesAndCloses();
@@ -667,6 +669,38 @@ void tst_oxPreferencesService::pageGoesWithItsOwnParent()
     QCOMPARE(moves.count, 0); // not into a window that is half gone
     m_service->showPreferences();
     QVERIFY(titles().isEmpty());
+}
+
+void tst_oxPreferencesService::pageWhoseParentHasGoneIsNotGivenBack_data()
+{
+    QTest::addColumn<QByteArray>("end");
+    for (const char *end : {"closed", "taken out", "service goes", "window goes"})
+        QTest::newRow(end) << QByteArray(end);
+}
+
+// It would have gone with its parent, and it must not become a window that belongs to nobody.
+void tst_oxPreferencesService::pageWhoseParentHasGoneIsNotGivenBack()
+{
+    QFETCH(QByteArray, end);
+    auto window = std::make_unique<QMainWindow>();
+    m_service->window = window.get();
+    auto owner = std::make_unique<QWidget>();
+    const QPointer<Page> page = new Page(owner.get());
+    m_service->preferencesAdd(QStringLiteral("Page"), QString(), page);
+    m_service->showPreferences();
+    owner.reset();
+    QVERIFY(page);
+    QVERIFY(page->isVisible()); // until the dialog closes
+
+    if (end == "closed")
+        openDialog()->close();
+    else if (end == "taken out")
+        m_service->preferencesSub(page);
+    else if (end == "service goes")
+        m_service.reset();
+    else
+        window.reset();
+    QVERIFY(!page);
 }
 
 void tst_oxPreferencesService::pageMayBeTakenElsewhere()
