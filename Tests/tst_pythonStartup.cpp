@@ -30,8 +30,14 @@ private Q_SLOTS:
     void defaultSearchPathFollows();
     void moduleBelowTheBaseFolderIsFound_data();
     void moduleBelowTheBaseFolderIsFound();
+    void baseFolderIsUtf8InAnyLocale();
     void baseFolderWithAQuoteIsASyntaxError();
     void searchPathIsSetBeforeTheServicesAreBound();
+
+    void executableIsAnInterpreterThatFits_data();
+    void executableIsAnInterpreterThatFits();
+    void executableOfARelativeBaseFolderIsAbsolute();
+    void executableRunsScripts();
 
     void sysIsImportedInMain();
     void noByteCodeIsWritten();
@@ -55,6 +61,14 @@ PythonChildResult runWithBase(const QString &baseFolder, const QString &statemen
     PythonChild child;
     child.environment.insert(QStringLiteral("OX_BASE_DIR"), baseFolder);
     return child.run(statements);
+}
+
+void writeFile(const QString &path, QFile::Permissions permissions)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(permissions))
+        qFatal("cannot write %s", qPrintable(path));
 }
 
 } // namespace
@@ -241,6 +255,103 @@ void tst_pythonStartup::searchPathIsSetBeforeTheServicesAreBound()
                         "python error: '  File \"<string>\", line 1, in <module>'\n"
                         "python error: 'NameError: name 'base' is not defined'\n")
                  + bindingLine + info("started"));
+}
+
+// The interpreter's own folder is one of the test's, which PYTHONHOME names.
+void tst_pythonStartup::executableIsAnInterpreterThatFits_data()
+{
+    QTest::addColumn<QStringList>("programs");
+    QTest::addColumn<QStringList>("others");
+    QTest::addColumn<QString>("executable");
+
+    const auto add = [](const char *name, const QStringList &programs, const QStringList &others,
+                        const char *executable) {
+        QTest::newRow(name) << programs << others << QString::fromLatin1(executable);
+    };
+    const QString base = QStringLiteral("base/bin/python2.7");
+    const QString own = QStringLiteral("own/bin/python2.7");
+    const QString found = QStringLiteral("second/python2.7");
+    add("base folder", {base, own, found}, {}, "base/bin/python2.7");
+    add("the interpreter's folder", {own, found}, {}, "own/bin/python2.7");
+    add("search path", {found}, {}, "second/python2.7");
+    add("first of the search path", {"first/python2.7", found}, {}, "first/python2.7");
+    add("none", {}, {}, "");
+    add("file that is no program", {own, found}, {base}, "own/bin/python2.7");
+    add("file that is no program on the search path", {found}, {"first/python2.7"}, "second/python2.7");
+    add("folder", {"base/bin/python2.7/python2.7", own}, {}, "own/bin/python2.7");
+    add("another version", {"base/bin/python", "base/bin/python2", "base/bin/python3", "first/python2.6"}, {}, "");
+    add("the current folder", {"python2.7", "bin/python2.7"}, {}, "");
+}
+
+void tst_pythonStartup::executableIsAnInterpreterThatFits()
+{
+    host();
+    QFETCH(QStringList, programs);
+    QFETCH(QStringList, others);
+    QFETCH(QString, executable);
+
+    const QTemporaryDir folder;
+    for (const QString &program : qAsConst(programs))
+        writeFile(folder.filePath(program), QFile::ReadOwner | QFile::ExeOwner);
+    for (const QString &other : qAsConst(others))
+        writeFile(folder.filePath(other), QFile::ReadOwner);
+
+    PythonChild child;
+    child.workingFolder = folder.path();
+    child.environment.insert(QStringLiteral("OX_BASE_DIR"), folder.filePath(QStringLiteral("base")));
+    child.environment.insert(QStringLiteral("PYTHONHOME"),
+                             QString::fromLocal8Bit(Py_GetPrefix()) + ':' + folder.filePath("own"));
+    child.environment.insert(QStringLiteral("PATH"),
+                             folder.filePath("first") + "::" + folder.filePath(QStringLiteral("second")));
+    const PythonChildResult result = child.run(QStringLiteral("print repr(sys.executable)"));
+    const QByteArray expected = executable.isEmpty() ? QByteArray() : folder.filePath(executable).toUtf8();
+    QCOMPARE(result.standardError, QByteArray());
+    QCOMPARE(result.standardOutput, bindingLine + info("'" + expected + "'"));
+}
+
+void tst_pythonStartup::executableOfARelativeBaseFolderIsAbsolute()
+{
+    const QTemporaryDir folder;
+    writeFile(folder.filePath(QStringLiteral("base/bin/python2.7")), QFile::ReadOwner | QFile::ExeOwner);
+
+    PythonChild child;
+    child.workingFolder = folder.path();
+    child.environment.insert(QStringLiteral("OX_BASE_DIR"), QStringLiteral("base"));
+    const PythonChildResult result = child.run(QStringLiteral("print sys.executable"));
+    QCOMPARE(result.standardOutput,
+             bindingLine + info(QFileInfo(folder.path()).canonicalFilePath().toUtf8() + "/base/bin/python2.7"));
+}
+
+void tst_pythonStartup::baseFolderIsUtf8InAnyLocale()
+{
+    const QTemporaryDir folder;
+    const QString base = folder.filePath(QStringLiteral("gr\u00fc\u00dfe \U0001f40d"));
+    writeFile(base + "/bin/python2.7", QFile::ReadOwner | QFile::ExeOwner);
+    writeFile(base + "/lib/python/helper.py", QFile::ReadOwner);
+
+    PythonChild child;
+    child.environment.insert(QStringLiteral("OX_BASE_DIR"), base);
+    child.environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
+    const PythonChildResult result = child.run(QStringLiteral("import helper\n"
+                                                              "print helper.__file__\n"
+                                                              "print sys.executable\n"));
+    QCOMPARE(result.standardError, QByteArray());
+    QCOMPARE(result.standardOutput,
+             bindingLine + info(base.toUtf8() + "/lib/python/helper.py") + info(base.toUtf8() + "/bin/python2.7"));
+}
+
+// The machine's own.
+void tst_pythonStartup::executableRunsScripts()
+{
+    const PythonChildResult result = PythonChild().run(
+        QStringLiteral("import subprocess\n"
+                       "script = 'import json, sys; print json.dumps(sys.version_info[:2]), sys.prefix'\n"
+                       "child = subprocess.Popen([sys.executable, '-c', script], stdout=subprocess.PIPE)\n"
+                       "print child.communicate()[0] == '[2, 7] %s\\n' % sys.prefix, child.returncode\n"
+                       "import platform\n"
+                       "print platform.libc_ver()[0]\n"));
+    QCOMPARE(result.standardError, QByteArray());
+    QCOMPARE(result.standardOutput, bindingLine + info("True 0") + info("glibc"));
 }
 
 void tst_pythonStartup::sysIsImportedInMain()

@@ -13,10 +13,11 @@ constexpr QLatin1String separateOption("--python-child");
 constexpr QLatin1String mergedOption("--merged-python-child");
 constexpr int limit = 120000;
 
-PythonChildResult runChild(const QProcessEnvironment &environment, const QString &option, const QString &statements)
+PythonChildResult runChild(const PythonChild &child, const QString &option, const QString &statements)
 {
     QProcess process;
-    process.setProcessEnvironment(environment);
+    process.setProcessEnvironment(child.environment);
+    process.setWorkingDirectory(child.workingFolder);
     if (option == mergedOption)
         process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(QCoreApplication::applicationFilePath(), {option, statements});
@@ -40,12 +41,12 @@ PythonChild::PythonChild()
 
 PythonChildResult PythonChild::run(const QString &statements) const
 {
-    return runChild(environment, separateOption, statements);
+    return runChild(*this, separateOption, statements);
 }
 
 PythonChildResult PythonChild::runMerged(const QString &statements) const
 {
-    return runChild(environment, mergedOption, statements);
+    return runChild(*this, mergedOption, statements);
 }
 
 bool PythonChild::isOne(const QStringList &arguments)

@@ -22,6 +22,7 @@ public:
     PythonChild();
 
     QProcessEnvironment environment;
+    QString workingFolder; ///< this process's when empty
 
     PythonChildResult run(const QString &statements) const;
 

@@ -36,6 +36,7 @@
 #include "oxPlatformService.h"
 #include "oxPluginSource.h"
 #include "oxPreferencesServiceRemoteImpl.h"
+#include "oxPythonEnvironment.h"
 #include "oxQRPCClient.h"
 #include "oxRenderServiceRemoteImpl.h"
 #include "oxSequencerService.h"
@@ -341,6 +342,7 @@ void oxKernelInterface::initPythonInterpreter()
     PyEval_InitThreads();
     PythonQt::init(PythonQt::RedirectStdOut | PythonQt::IgnoreSiteModule, QByteArray());
     PythonQt_QtAll::init();
+    setPythonExecutable(QByteArray(oxPlatform::getBaseDir()).toStdString());
 
     // Start-up gives up the interpreter lock: whatever enters Python later has to take it.
     PythonQt::setEnableThreadSupport(true);
