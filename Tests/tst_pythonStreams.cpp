@@ -20,6 +20,12 @@ private Q_SLOTS:
     void completeLinesArePrinted();
     void pythonsWritesArePutTogether_data();
     void pythonsWritesArePutTogether();
+    void streamsHaveWhatATextStreamHas_data();
+    void streamsHaveWhatATextStreamHas();
+    void writtenLinesMayBeAnySequence_data();
+    void writtenLinesMayBeAnySequence();
+    void descriptorsAreTheProcesss();
+    void streamsCannotBeChanged();
 
     void linesAreUtf8InAnyLocale();
     void textEndsAtAnEmbeddedZero();
@@ -153,6 +159,91 @@ void tst_pythonStreams::pythonsWritesArePutTogether()
     const Output output = outputOf([&statements] { PluginHost::run(statements); });
     QTEST(output.standardOutput, "standardOutput");
     QTEST(output.standardError, "standardError");
+}
+
+void tst_pythonStreams::streamsHaveWhatATextStreamHas_data()
+{
+    QTest::addColumn<QString>("expression");
+    QTest::addColumn<QByteArray>("onOutput");
+    QTest::addColumn<QByteArray>("onError");
+
+    const auto add = [](const char *expression, const char *onOutput, const char *onError) {
+        QTest::newRow(expression) << QString::fromLatin1(expression) << QByteArray(onOutput) << QByteArray(onError);
+    };
+    add("stream.encoding", "'UTF-8'", "'UTF-8'");
+    add("stream.errors", "'replace'", "'replace'");
+    add("stream.name", "'<stdout>'", "'<stderr>'");
+    add("stream.mode", "'w'", "'w'");
+    add("stream.fileno()", "1", "2");
+    add("stream.isatty()", "False", "False");
+    add("stream.closed", "False", "False");
+    add("stream.softspace", "0", "0");
+    add("stream.writelines([])", "None", "None");
+    add("stream.flush()", "None", "None");
+    add("stream.write('')", "None", "None");
+}
+
+void tst_pythonStreams::streamsHaveWhatATextStreamHas()
+{
+    QFETCH(QString, expression);
+    const QString inPython = QStringLiteral("[repr(%1) for stream in (sys.stdout, sys.stderr)]").arg(expression);
+
+    const QStringList values = PluginHost::evaluate(inPython).toStringList();
+    QCOMPARE(values.size(), 2);
+    QTEST(values.first().toLatin1(), "onOutput");
+    QTEST(values.last().toLatin1(), "onError");
+}
+
+void tst_pythonStreams::writtenLinesMayBeAnySequence_data()
+{
+    QTest::addColumn<QString>("lines");
+    QTest::addColumn<QByteArray>("printed");
+    QTest::addColumn<QByteArray>("error");
+
+    const auto add = [](const char *lines, const char *printed, const char *error) {
+        QTest::newRow(lines) << QString::fromLatin1(lines) << QByteArray(printed) << QByteArray(error);
+    };
+    add("['a\\n', 'b\\n']", "python info: 'a'\npython info: 'b'\n", "");
+    add("('a', u'\\xfc', '\\xc3\\xbc\\n')", "python info: 'a\xc3\xbc\xc3\xbc'\n", "");
+    add("(str(i) + '\\n' for i in range(2))", "python info: '0'\npython info: '1'\n", "");
+    add("'a\\nb\\n'", "python info: 'a'\npython info: 'b'\n", "");
+    add("[]", "", "");
+    add("7", "", "TypeError: 'int' object is not iterable");
+    add("['a\\n', 7, 'b\\n']", "python info: 'a'\n", "TypeError: argument 1 must be string, not int");
+    add("(1 / 0 for i in range(2))", "", "ZeroDivisionError: integer division or modulo by zero");
+}
+
+void tst_pythonStreams::writtenLinesMayBeAnySequence()
+{
+    QFETCH(QString, lines);
+    QFETCH(QByteArray, error);
+
+    const Output output = outputOf([&lines] { PluginHost::run("sys.stdout.writelines(" + lines + ")\n"); });
+    QTEST(output.standardOutput, "printed");
+    if (error.isEmpty())
+        QCOMPARE(output.standardError, QByteArray());
+    else
+        QVERIFY2(output.standardError.endsWith("python error: '" + error + "'\n"), output.standardError);
+}
+
+// What is written there is not Python's output: it appears as it is.
+void tst_pythonStreams::descriptorsAreTheProcesss()
+{
+    const Output output = outputOf([] {
+        PluginHost::run(QStringLiteral("import os, subprocess\n"
+                                       "os.write(sys.stdout.fileno(), 'written\\n')\n"
+                                       "subprocess.call(['echo', 'echoed'], stdout=sys.stdout)\n"
+                                       "subprocess.call(['echo', 'echoed'], stdout=sys.stderr)\n"));
+    });
+    QCOMPARE(output.standardOutput, QByteArray("written\nechoed\n"));
+    QCOMPARE(output.standardError, QByteArray("echoed\n"));
+}
+
+void tst_pythonStreams::streamsCannotBeChanged()
+{
+    const Output output = outputOf([] { PluginHost::run(QStringLiteral("sys.stdout.encoding = 'latin-1'")); });
+    QVERIFY2(output.standardError.endsWith("attribute 'encoding' is read-only'\n"), output.standardError);
+    QCOMPARE(PluginHost::evaluate(QStringLiteral("sys.stdout.encoding")).toString(), QStringLiteral("UTF-8"));
 }
 
 void tst_pythonStreams::linesAreUtf8InAnyLocale()

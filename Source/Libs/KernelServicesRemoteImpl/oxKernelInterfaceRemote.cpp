@@ -343,6 +343,7 @@ void oxKernelInterface::initPythonInterpreter()
     PythonQt::init(PythonQt::RedirectStdOut | PythonQt::IgnoreSiteModule, QByteArray());
     PythonQt_QtAll::init();
     setPythonExecutable(QByteArray(oxPlatform::getBaseDir()).toStdString());
+    completePythonStreams();
 
     // Start-up gives up the interpreter lock: whatever enters Python later has to take it.
     PythonQt::setEnableThreadSupport(true);

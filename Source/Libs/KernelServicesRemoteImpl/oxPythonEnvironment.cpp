@@ -1,5 +1,5 @@
 // Before any header of the standard library, as Python's own headers ask for.
-#include <PythonQtPythonInclude.h>
+#include <PythonQtStdOut.h>
 
 #include "oxPythonEnvironment.h"
 
@@ -48,6 +48,46 @@ std::string findInterpreter(const std::string &baseFolder)
     return {};
 }
 
+PyObject *standardError = nullptr; // sys.stderr of PythonQt
+
+PyObject *fileDescriptor(PyObject *stream, PyObject *)
+{
+    return PyInt_FromLong(stream == standardError ? STDERR_FILENO : STDOUT_FILENO);
+}
+
+PyObject *writeLines(PyObject *stream, PyObject *lines)
+{
+    PyObject *iterator = PyObject_GetIter(lines);
+    if (!iterator)
+        return nullptr;
+    bool isWritten = true;
+    while (PyObject *line = isWritten ? PyIter_Next(iterator) : nullptr) {
+        PyObject *result = PyObject_CallMethod(stream, const_cast<char *>("write"), const_cast<char *>("(O)"), line);
+        isWritten = result;
+        Py_XDECREF(result);
+        Py_DECREF(line);
+    }
+    Py_DECREF(iterator);
+    if (PyErr_Occurred())
+        return nullptr;
+    Py_RETURN_NONE;
+}
+
+PyObject *streamName(PyObject *stream, void *)
+{
+    return PyString_FromString(stream == standardError ? "<stderr>" : "<stdout>");
+}
+
+PyMethodDef fileDescriptorMethod{"fileno", fileDescriptor, METH_NOARGS, "the process's own descriptor"};
+PyMethodDef writeLinesMethod{"writelines", writeLines, METH_O, "writes each text of a sequence"};
+PyGetSetDef nameAttribute{const_cast<char *>("name"), streamName, nullptr, nullptr, nullptr};
+
+void addToStreams(const char *name, PyObject *attribute)
+{
+    PyDict_SetItemString(PythonQtStdOutRedirectType.tp_dict, name, attribute);
+    Py_DECREF(attribute);
+}
+
 } // namespace
 
 void setPythonExecutable(const std::string &baseFolder)
@@ -55,4 +95,20 @@ void setPythonExecutable(const std::string &baseFolder)
     PyObject *program = PyString_FromString(findInterpreter(baseFolder).c_str());
     PySys_SetObject(const_cast<char *>("executable"), program);
     Py_DECREF(program);
+}
+
+void completePythonStreams()
+{
+    standardError = PySys_GetObject(const_cast<char *>("stderr"));
+    Py_XINCREF(standardError); // Deliberate: never given back, as a script may put another one in its place
+
+    // To the type, as its objects take no attributes.
+    addToStreams("fileno", PyDescr_NewMethod(&PythonQtStdOutRedirectType, &fileDescriptorMethod));
+    addToStreams("writelines", PyDescr_NewMethod(&PythonQtStdOutRedirectType, &writeLinesMethod));
+    addToStreams("name", PyDescr_NewGetSet(&PythonQtStdOutRedirectType, &nameAttribute));
+    addToStreams("mode", PyString_FromString("w"));
+    // What PythonQt does with text: it is read as UTF-8, and what is none is replaced.
+    addToStreams("encoding", PyString_FromString("UTF-8"));
+    addToStreams("errors", PyString_FromString("replace"));
+    PyType_Modified(&PythonQtStdOutRedirectType);
 }

@@ -11,3 +11,7 @@
 ///
 /// @param baseFolder the installation folder, whose subfolder "bin" is searched first; may be empty
 void setPythonExecutable(const std::string &baseFolder);
+
+/// Gives sys.stdout and sys.stderr of PythonQt what scripts expect of a text stream and PythonQt leaves out.
+/// What is written, and how, stays as it is.
+void completePythonStreams();
