@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QProcess>
 #include <QTest>
+#include <QThread>
 #include <QWidget>
 
 #include <atomic>
@@ -22,6 +23,8 @@ class tst_oxKernelInterface : public QObject
 
 private Q_SLOTS:
     void theIsOneForAllThreads();
+    void theLivesInNoThreadUntilItIsStarted();
+    void anotherInterfaceLivesWhereItIsMade();
     void theIsDestroyedAtProcessExit();
     void theHasNoParent();
     void metaObjectHasTheClassNameOnly();
@@ -92,6 +95,20 @@ void tst_oxKernelInterface::theIsOneForAllThreads()
     QVERIFY(oxKernelInterface::the());
     for (const oxKernelInterface *result : results)
         QCOMPARE(result, oxKernelInterface::the());
+}
+
+void tst_oxKernelInterface::theLivesInNoThreadUntilItIsStarted()
+{
+    QVERIFY(!oxKernelInterface::the()->thread());
+}
+
+void tst_oxKernelInterface::anotherInterfaceLivesWhereItIsMade()
+{
+    QCOMPARE(oxKernelInterface().thread(), QThread::currentThread());
+
+    bool livesThere = false;
+    std::thread([&livesThere] { livesThere = oxKernelInterface().thread() == QThread::currentThread(); }).join();
+    QVERIFY(livesThere);
 }
 
 void tst_oxKernelInterface::theIsDestroyedAtProcessExit()

@@ -3,6 +3,11 @@
 #include <QTextCodec>
 #include <QtTest>
 
+#include <array>
+#include <future>
+#include <memory>
+#include <thread>
+
 #include "OutputCapture.h"
 #include "PrivateData.h"
 #include "PythonChild.h"
@@ -33,6 +38,8 @@ private Q_SLOTS:
     void streamsHaveBuffersOfTheirOwn();
     void buffersAreEmptyAndNotNullAtFirst();
     void textOfAnotherThreadIsPrintedByTheEventLoop();
+    void textIsPrintedWhicheverThreadAsksFirst_data();
+    void textIsPrintedWhicheverThreadAsksFirst();
     void standardErrorIsNotBufferedAndStandardOutputNotFlushed();
     void unfinishedLastLineIsNeverPrinted();
 
@@ -44,6 +51,16 @@ private:
 };
 
 namespace {
+
+const QString askedOption = QStringLiteral("--interface-is-asked-for-first-by");
+
+// Who calls oxKernelInterface::the() first, in a process of its own.
+constexpr std::array askers{"main thread",
+                            "thread",
+                            "thread that goes on",
+                            "QThread",
+                            "main thread, before the application",
+                            "thread, before the application"};
 
 oxKernelInterface *interface()
 {
@@ -322,6 +339,27 @@ void tst_pythonStreams::textOfAnotherThreadIsPrintedByTheEventLoop()
     QCOMPARE(later.standardError, QByteArray("python error: 'as well'\n"));
 }
 
+void tst_pythonStreams::textIsPrintedWhicheverThreadAsksFirst_data()
+{
+    QTest::addColumn<QString>("asker");
+    for (const char *asker : askers)
+        QTest::newRow(asker) << QString::fromLatin1(asker);
+}
+
+void tst_pythonStreams::textIsPrintedWhicheverThreadAsksFirst()
+{
+    QFETCH(QString, asker);
+
+    const PythonChild child;
+    QProcess process;
+    process.setProcessEnvironment(child.environment);
+    process.start(QCoreApplication::applicationFilePath(), {askedOption, asker});
+    QVERIFY(process.waitForFinished(120000));
+    QCOMPARE(process.readAllStandardError(), QByteArray("python error: 'error'\n"));
+    QCOMPARE(process.readAllStandardOutput(), QByteArray("python binding: oxMessageService\npython info: 'info'\n"));
+    QCOMPARE(process.exitCode(), 0);
+}
+
 void tst_pythonStreams::standardErrorIsNotBufferedAndStandardOutputNotFlushed()
 {
 #ifdef __SANITIZE_THREAD__
@@ -367,5 +405,65 @@ void tst_pythonStreams::aMillionWritesWithoutLineFeed()
     QCOMPARE(output.standardOutput, QByteArray());
 }
 
-OX_TEST_MAIN_WITH_CHILD(tst_pythonStreams)
+namespace {
+
+void ask()
+{
+    oxKernelInterface::the();
+}
+
+int startAndPrint()
+{
+    oxQRPCClient client;
+    interface()->init(&client, false);
+    PluginHost::run(QStringLiteral("print 'info'\n"
+                                   "print >>sys.stderr, 'error'\n"));
+    return interface()->thread() == QThread::currentThread() ? 0 : 1;
+}
+
+int askFirst(int argc, char *argv[], const QByteArray &asker)
+{
+    if (asker == "thread, before the application")
+        std::thread(ask).join();
+    if (asker == "main thread, before the application")
+        ask();
+    const QApplication application(argc, argv);
+    if (asker == "thread")
+        std::thread(ask).join();
+    if (asker == "QThread") {
+        const std::unique_ptr<QThread> thread(QThread::create(ask));
+        thread->start();
+        thread->wait();
+        return startAndPrint();
+    }
+    if (asker == "thread that goes on") {
+        std::promise<void> asked;
+        std::promise<void> ended;
+        std::thread thread([&asked, &ended] {
+            ask();
+            asked.set_value();
+            ended.get_future().wait();
+        });
+        asked.get_future().wait();
+        const int result = startAndPrint();
+        ended.set_value();
+        thread.join();
+        return result;
+    }
+    return startAndPrint();
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    if (argc == 3 && argv[1] == askedOption)
+        return askFirst(argc, argv, argv[2]);
+    const QApplication application(argc, argv);
+    if (PythonChild::isOne(QCoreApplication::arguments()))
+        return PythonChild::main(QCoreApplication::arguments());
+    tst_pythonStreams test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_pythonStreams.moc"

@@ -5,12 +5,14 @@
 #include "oxKernelInterfaceRemote.h"
 #include "oxKernelInterfaceRemote_p.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QIcon>
 #include <QPointer>
+#include <QThread>
 #include <QVBoxLayout>
 #include <QWidget>
 
@@ -295,13 +297,20 @@ bool runPluginFile(const QString &path, PythonQtObjectPtr *module)
 
 oxKernelInterface *oxKernelInterface::the()
 {
-    static oxKernelInterface ksi;
+    static oxKernelInterface ksi(qApp ? qApp->thread() : nullptr);
     return &ksi;
 }
 
 oxKernelInterface::oxKernelInterface()
-    : d(new oxKernelInterfaceP)
+    : oxKernelInterface(QThread::currentThread())
 {}
+
+oxKernelInterface::oxKernelInterface(const QThread *thread)
+    : d(new oxKernelInterfaceP)
+{
+    if (thread != QThread::currentThread())
+        moveToThread(nullptr);
+}
 
 oxKernelInterface::~oxKernelInterface()
 {
@@ -337,6 +346,10 @@ void oxKernelInterface::initPythonInterpreter()
         PyGILState_Release(state);
         return;
     }
+
+    // Python's output comes to the thread that the object lives in.
+    if (!thread())
+        moveToThread(QThread::currentThread());
 
     Py_DontWriteBytecodeFlag = 1;
     PyEval_InitThreads();

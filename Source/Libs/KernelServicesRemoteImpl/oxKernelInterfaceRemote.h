@@ -6,6 +6,7 @@
 #include "oxkernelservicesremoteimpl_export.h"
 
 class PythonQtObjectPtr;
+class QThread;
 class QWidget;
 class oxKernelInterfaceP;
 class oxQRPCClient;
@@ -20,7 +21,8 @@ class OXKERNELSERVICESREMOTEIMPL_EXPORT oxKernelInterface : public QObject
 
 public:
     /// The interface of the process, made on the first call, by whichever thread, and destroyed
-    /// at process exit.
+    /// at process exit. It lives in the GUI thread. When another thread makes it, or the application
+    /// object is not there yet, it lives in no thread before init(), and then in the one that calls it.
     static oxKernelInterface *the();
 
     oxKernelInterface();
@@ -109,6 +111,9 @@ public:
 
 private:
     Q_DISABLE_COPY(oxKernelInterface)
+
+    /// Lives in the current thread if that is @p thread, and otherwise in none, until Python starts.
+    explicit oxKernelInterface(const QThread *thread);
 
     void forgetContainer(const QString &key, const QWidget *container);
 
