@@ -44,6 +44,8 @@ private Q_SLOTS:
     void siteIsNotImported();
     void qtClassesAreAvailable();
     void exitInMainDoesNotEndTheProcess();
+    void exitInCodeOfTheHostEndsTheProcess_data();
+    void exitInCodeOfTheHostEndsTheProcess();
     void processEndsWithPythonObjectsAlive();
 };
 
@@ -54,6 +56,37 @@ const QByteArray bindingLine("python binding: oxMessageService\n");
 QByteArray info(const QByteArray &line)
 {
     return "python info: '" + line + "'\n";
+}
+
+const QString hostRunsOption = QStringLiteral("--host-runs");
+
+// How a host runs code of its own whose sys.exit() is to end the process, as README.md has it.
+void runAsPythonDoes(const char *code)
+{
+    const PyGILState_STATE state = PyGILState_Ensure();
+    PyObject *globals = PyModule_GetDict(PyImport_AddModule("__main__"));
+    PyObject *result = PyRun_String(code, Py_file_input, globals, globals);
+    if (!result) {
+        Py_InspectFlag = !PyErr_ExceptionMatches(PyExc_SystemExit);
+        PyErr_Print(); // with the flag at 0, a SystemExit ends the process here
+        Py_InspectFlag = 1;
+    }
+    Py_XDECREF(result);
+    PyGILState_Release(state);
+}
+
+// The main() of a host that runs each argument.
+int hostMain(const QStringList &arguments)
+{
+    oxQRPCClient client;
+    oxKernelInterface::the()->init(&client, false);
+    PluginHost::run(QStringLiteral("from PythonQt.QtGui import QLabel\n"
+                                   "label = QLabel('text')\n"
+                                   "label.show()\n"));
+    for (const QString &code : arguments.mid(2))
+        runAsPythonDoes(code.toUtf8());
+    PluginHost::run(QStringLiteral("print 'goes on'"));
+    return 0;
 }
 
 PythonChildResult runWithBase(const QString &baseFolder, const QString &statements)
@@ -401,6 +434,51 @@ void tst_pythonStartup::exitInMainDoesNotEndTheProcess()
     QCOMPARE(result.standardError, QByteArray());
 }
 
+void tst_pythonStartup::exitInCodeOfTheHostEndsTheProcess_data()
+{
+    QTest::addColumn<QStringList>("code");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("output");
+    QTest::addColumn<QByteArray>("lastError");
+
+    const auto add = [](const char *name, const QStringList &code, int exitCode, const QByteArray &output,
+                        const QByteArray &lastError) {
+        QTest::newRow(name) << code << exitCode << output << lastError;
+    };
+    // As a slot of PySide2 does, it prints what is raised there.
+    const QString callback = QStringLiteral("import ctypes, sys\n"
+                                            "ctypes.CFUNCTYPE(None)(lambda: sys.exit(3))()\n"
+                                            "print 'called back'\n");
+    add("a number", {"print 'here'\nsys.exit(7)\nprint 'not here'"}, 7, info("here"), "");
+    add("none", {"sys.exit()"}, 0, "", "");
+    add("a text", {"raise SystemExit('the reason')"}, 1, "", "the reason");
+    add("in a function", {"def leave(): sys.exit(7)", "leave()"}, 7, "", "");
+    add("no error", {"x = 1", "print x"}, 0, info("1") + info("goes on"), "");
+    add("another error", {"1 / 0"}, 0, info("goes on"), "ZeroDivisionError: integer division or modulo by zero");
+    add("caught", {"try: sys.exit(7)\nexcept SystemExit: print 'no'"}, 0, info("no") + info("goes on"), "");
+    add("in a callback", {callback}, 0, info("called back") + info("goes on"), "SystemExit: 3");
+    add("in a callback after an error", {"1 / 0", callback}, 0, info("called back") + info("goes on"), "SystemExit: 3");
+}
+
+void tst_pythonStartup::exitInCodeOfTheHostEndsTheProcess()
+{
+    QFETCH(QStringList, code);
+    QFETCH(int, exitCode);
+    QFETCH(QByteArray, output);
+    QFETCH(QByteArray, lastError);
+
+    const PythonChild child;
+    QProcess process;
+    process.setProcessEnvironment(child.environment);
+    process.start(QCoreApplication::applicationFilePath(), QStringList(hostRunsOption) + code);
+    QVERIFY(process.waitForFinished(120000));
+    const QByteArray errors = process.readAllStandardError();
+    QVERIFY2(lastError.isEmpty() || errors.endsWith("python error: '" + lastError + "'\n"), errors);
+    QCOMPARE(process.readAllStandardOutput(), bindingLine + output);
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), exitCode);
+}
+
 void tst_pythonStartup::processEndsWithPythonObjectsAlive()
 {
     const PythonChildResult result =
@@ -421,5 +499,16 @@ void tst_pythonStartup::processEndsWithPythonObjectsAlive()
     QCOMPARE(result.standardError, QByteArray());
 }
 
-OX_TEST_MAIN_WITH_CHILD(tst_pythonStartup)
+int main(int argc, char *argv[])
+{
+    const QApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == hostRunsOption)
+        return hostMain(arguments);
+    if (PythonChild::isOne(arguments))
+        return PythonChild::main(arguments);
+    tst_pythonStartup test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_pythonStartup.moc"

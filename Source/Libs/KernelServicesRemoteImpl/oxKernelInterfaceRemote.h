@@ -37,6 +37,12 @@ public:
     /// Afterwards no thread holds the interpreter lock: take it with PyGILState_Ensure() before
     /// each use of Python.
     ///
+    /// Py_InspectFlag is 1 afterwards, so that sys.exit() in a plugin does not end the process. In
+    /// the caller's own PyRun_SimpleString() it does not either, but prints the exception. Code that
+    /// may end the process is run by PyRun_String(): when that fails and
+    /// PyErr_ExceptionMatches(PyExc_SystemExit), set the flag to 0 and call PyErr_Print(), which ends
+    /// the process. At any other time the flag stays 1, as plugins may run whenever Python does.
+    ///
     /// @param client the connection to the main process; not null, not owned, and to outlive
     ///               the services
     /// @param flag   kept, and read by nothing in this library
