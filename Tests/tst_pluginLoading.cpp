@@ -78,6 +78,11 @@ private Q_SLOTS:
     void reloadTakesTheOldModuleOutOfSysModules();
     void reloadTakesNoOtherModuleOutOfSysModules_data();
     void reloadTakesNoOtherModuleOutOfSysModules();
+    void globalsThatCannotBeDeletedStayAsTheyAre_data();
+    void globalsThatCannotBeDeletedStayAsTheyAre();
+    void moduleThatIsHeldKeepsWhatCannotBeDeleted();
+    void reloadsLeaveNoModuleBehind_data();
+    void reloadsLeaveNoModuleBehind();
     void reloadedPanelStaysVisible();
     void reloadedPanelStaysHidden();
     void reloadMovesTheNewContentIntoItsOverlayTab();
@@ -790,6 +795,91 @@ void tst_pluginLoading::reloadTakesNoOtherModuleOutOfSysModules()
 
     QVERIFY(PluginHost::evaluate(QStringLiteral("sys.modules['sys'] is sys")).toBool());
     QCOMPARE(output.standardError, QByteArray());
+}
+
+void tst_pluginLoading::globalsThatCannotBeDeletedStayAsTheyAre_data()
+{
+    QTest::addColumn<QByteArray>("obstacle");
+    QTest::addColumn<QByteArray>("error");
+
+    QTest::newRow("dir is something else")
+        << QByteArray("dir = None\n") << traceback + "python error: 'TypeError: 'NoneType' object is not callable'\n";
+    QTest::newRow("globals is something else")
+        << QByteArray("globals = 3\n")
+        << QByteArray("python error: 'Traceback (most recent call last):'\n"
+                      "python error: '  File \"<string>\", line 2, in <module>'\n"
+                      "python error: 'TypeError: 'int' object is not callable'\n");
+    QTest::newRow("dir names none") << QByteArray("def dir(): return []\n") << QByteArray();
+}
+
+void tst_pluginLoading::globalsThatCannotBeDeletedStayAsTheyAre()
+{
+    QFETCH(QByteArray, obstacle);
+
+    loadText("import __main__, weakref\n"
+             "class Thing(object): pass\n"
+             "_text = 'kept'\n"
+             "thing = Thing()\n"
+             "def function(): return _text, thing\n"
+             "__main__.function = function\n"
+             "__main__.reference = weakref.ref(thing)\n"
+             + obstacle);
+    PluginHost::run("before = dict(function.func_globals)");
+    const Output output = loadText("print 'new'\n");
+    QCOMPARE(output.standardOutput, noBinding + info("new") + loaded);
+    QTEST(output.standardError, "error");
+
+    QCOMPARE(PluginHost::evaluate("function()[0]").toString(), QStringLiteral("kept"));
+    QVERIFY(PluginHost::evaluate("all(function.func_globals[n] is before[n] for n in before)").toBool());
+
+    // Nobody uses them now, but for the error that was printed.
+    loadTextOf("Other", "raise Exception\n");
+    PluginHost::run("import gc\n"
+                    "del function, before\n"
+                    "gc.collect()\n");
+    QVERIFY(PluginHost::evaluate("reference() is None").toBool());
+}
+
+void tst_pluginLoading::moduleThatIsHeldKeepsWhatCannotBeDeleted()
+{
+    loadText("import __main__, sys\n"
+             "dir = None\n"
+             "text = 'kept'\n"
+             "def function(): return text\n"
+             "__main__.module = sys.modules[__name__]\n"
+             "__main__.function = function\n");
+    loadText("");
+    QCOMPARE(PluginHost::evaluate("module.text").toString(), QStringLiteral("kept"));
+    PluginHost::run("del module");
+    QCOMPARE(PluginHost::evaluate("function()").toString(), QStringLiteral("kept"));
+    PluginHost::run("del function");
+}
+
+void tst_pluginLoading::reloadsLeaveNoModuleBehind_data()
+{
+    QTest::addColumn<QByteArray>("text");
+
+    QTest::newRow("deleted globals") << QByteArray("a = 1\ndef function(): return a\n");
+    QTest::newRow("globals that cannot be deleted") << QByteArray("dir = None\ndef function(): return dir\n");
+    QTest::newRow("held by another module") << QByteArray("import __main__, sys\n"
+                                                          "__main__.module = sys.modules[__name__]\n");
+}
+
+void tst_pluginLoading::reloadsLeaveNoModuleBehind()
+{
+    QFETCH(QByteArray, text);
+    const auto modules = [] {
+        PluginHost::run("import gc, types\n"
+                        "gc.collect()\n");
+        return PluginHost::evaluate("len([o for o in gc.get_objects() if type(o) is types.ModuleType])").toInt();
+    };
+
+    loadText(text);
+    loadText(text);
+    const int before = modules();
+    for (int i = 0; i < 10; ++i)
+        loadText(text);
+    QCOMPARE(modules(), before);
 }
 
 void tst_pluginLoading::reloadedPanelStaysVisible()

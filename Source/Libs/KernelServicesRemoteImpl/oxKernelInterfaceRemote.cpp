@@ -230,6 +230,26 @@ void leaveModules(PyObject *module, const QByteArray &name)
         PyDict_DelItemString(modules, name.constData());
 }
 
+// The clean-up script leaves its own variable.
+bool isCleared(PyObject *module)
+{
+    return PyDict_Size(PyModule_GetDict(module)) <= 1;
+}
+
+// Python sets the globals of a module that dies to None: those as well that the clean-up could not delete
+// and others still use. So the module dies without them, and they live as long as they are used.
+void keepGlobals(PyObject *module)
+{
+    if (Py_REFCNT(module) == 1) {
+        PythonQtObjectPtr globals;
+        globals.setNewRef(std::exchange(*_PyObject_GetDictPtr(module), nullptr));
+        return;
+    }
+    // Deliberate: who holds the module sees what is left of it, and so it never dies.
+    if (!isCleared(module))
+        Py_INCREF(module);
+}
+
 // The plugin's module is about to get a new content, and its globals a new module. Either may run
 // code of the plugin as it goes, and that code end in another scan: the record is left first.
 void discardContent(oxKernelInterfaceP::oxPluginInfo *plugin)
@@ -246,6 +266,7 @@ void discardContent(oxKernelInterfaceP::oxPluginInfo *plugin)
                    QStringLiteral("for name in dir():\n"
                                   "    del globals()[name]\n"));
     leaveModules(*module, name);
+    keepGlobals(*module);
     delete module;
 }
 
