@@ -9,6 +9,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QTextCodec>
 #include <QVBoxLayout>
 #include <QtTest>
 
@@ -71,6 +72,7 @@ private Q_SLOTS:
     void currentFolderIsRestored_data();
     void currentFolderIsRestored();
     void relativePathIsLookedUpInThePluginsFolder();
+    void textsAreUtf8InAnyLocale();
 
     void reloadKeepsDockAndEntry();
     void reloadDeletesTheOldContentFirst();
@@ -145,7 +147,12 @@ QString described(const QWidget *widget)
     return isContainer ? QStringLiteral("container") : QStringLiteral("other widget");
 }
 
-/// Stand in for the services that a load calls, and note the calls.
+QString currentFolder()
+{
+    return QStringLiteral(" in ") + QDir::currentPath();
+}
+
+/// Stand in for the services that a load calls, and note the calls and the current folder.
 class MainWindowServiceNotes : public oxMainWindowService
 {
 public:
@@ -158,13 +165,15 @@ public:
     {
         m_calls->append(QStringLiteral("addModule('%1', '%2', %3, '%4', %5, '%6', %7)")
                             .arg(name, menu, described(widget), shortcut, icon.isNull() ? "no icon" : "icon", toolTip,
-                                 QString::number(area)));
+                                 QString::number(area))
+                        + currentFolder());
         lastWidget = widget;
     }
 
     void changeModule(const QString &name, const QString &menu, QWidget *widget) override
     {
-        m_calls->append(QStringLiteral("changeModule('%1', '%2', %3)").arg(name, menu, described(widget)));
+        m_calls->append(QStringLiteral("changeModule('%1', '%2', %3)").arg(name, menu, described(widget))
+                        + currentFolder());
         lastWidget = widget;
     }
 
@@ -183,7 +192,7 @@ public:
 
     void updateOverlay(const QString &name) override
     {
-        m_calls->append(QStringLiteral("updateOverlay('%1')").arg(name));
+        m_calls->append(QStringLiteral("updateOverlay('%1')").arg(name) + currentFolder());
     }
 
 private:
@@ -353,13 +362,15 @@ void tst_pluginLoading::servicesAreToldOfTheContainer()
     const Substitute<oxRenderService> renderSubstitute(&render);
 
     loadTextOf("oxPlugin", "");
-    QCOMPARE(calls, QStringList{"addModule('Plugin', 'Scripts', container, '', no icon, '', 0)"});
+    QCOMPARE(calls, QStringList{"addModule('Plugin', 'Scripts', container, '', no icon, '', 0)" + currentFolder()});
     QVERIFY(mainWindow.lastWidget);
     QCOMPARE(mainWindow.lastWidget.data(), container("oxPlugin"));
 
     calls.clear();
     loadTextOf("oxPlugin", "");
-    QCOMPARE(calls, QStringList({"changeModule('Plugin', 'Scripts', container)", "updateOverlay('Plugin')"}));
+    QCOMPARE(calls,
+             QStringList({"changeModule('Plugin', 'Scripts', container)" + currentFolder(),
+                          "updateOverlay('Plugin')" + currentFolder()}));
     QCOMPARE(mainWindow.lastWidget.data(), container("oxPlugin"));
     delete container("oxPlugin");
 }
@@ -700,6 +711,27 @@ void tst_pluginLoading::relativePathIsLookedUpInThePluginsFolder()
     QCOMPARE(fromAbove.standardError, QByteArray("Couldn't load 'Sub/Plugin.py' plugin!\n"));
     QVERIFY(m_result);
     QCOMPARE(fromItsFolder.standardOutput, noBinding + info("runs") + loaded);
+}
+
+// File names are not: they follow the locale, as all of Qt's do.
+void tst_pluginLoading::textsAreUtf8InAnyLocale()
+{
+    QTextCodec *const codec = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    const QString name = QStringLiteral("Gr\u00fc\u00dfe");
+    const QString path = m_host.scripts() + '/' + name + ".py";
+    const Output output = loadTextOf(name, "print u'gr\xc3\xbcn', len(u'gr\xc3\xbcn')\n");
+    const Output refused = loadTextOf(name, "import PySide2, PythonQt\n");
+    QFile::remove(path);
+    const Output missing = load(path);
+    QTextCodec::setCodecForLocale(codec);
+
+    QCOMPARE(output.standardOutput,
+             noBinding + info("gr\xc3\xbcn 4") + "Loaded '" + name.toUtf8() + "' python plugin.\n");
+    QCOMPARE(output.standardError, QByteArray());
+    QCOMPARE(refused.standardError,
+             "Couldn't load plugin '" + path.toUtf8() + "', it seems to use PythonQt annd PySide2!\n");
+    QCOMPARE(missing.standardError, "Couldn't load '" + path.toUtf8() + "' plugin!\n");
 }
 
 void tst_pluginLoading::reloadKeepsDockAndEntry()

@@ -46,6 +46,16 @@ class oxMessageserviceImpl : public oxBaseService
     Q_OBJECT
 };
 
+class oxMessageservice : public oxBaseService
+{
+    Q_OBJECT
+};
+
+class OXMESSAGESERVICE : public oxBaseService
+{
+    Q_OBJECT
+};
+
 class MyoxMessageService : public oxBaseService
 {
     Q_OBJECT
@@ -174,6 +184,8 @@ void tst_pythonBindings::suffixOfAnImplementationIsDropped_data()
     add(new oxMessageServiceimpl, false);
     add(new oxMessageServiceRemote, false);
     add(new oxMessageserviceImpl, false);
+    add(new oxMessageservice, false);
+    add(new OXMESSAGESERVICE, false);
     add(new MyoxMessageService, false);
     add(new Impl, false);
     add(new RemoteImpl, false);
@@ -188,6 +200,8 @@ void tst_pythonBindings::suffixOfAnImplementationIsDropped()
     file<oxMessageService>(&m_noMessageService);
     file<LastKey>(service);
     QCOMPARE(boundInPlugin(), isBound ? service : nullptr);
+    const QString names = QStringLiteral("sorted(n for n in globals() if n[0] != '_' and n != 'bound')");
+    QCOMPARE(m_host->evaluateIn(pluginKey, names).toStringList(), isBound ? QStringList{name} : QStringList());
 }
 
 void tst_pythonBindings::laterServiceReplacesTheEarlier()

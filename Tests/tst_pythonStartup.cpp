@@ -21,6 +21,7 @@ private Q_SLOTS:
     void engineIsNullBeforeStart();
     void startLeavesTheInterpreterLockFree();
     void engineIsTheMainModule();
+    void engineIsThatOfTheObjectItself();
     void mainModuleHasTheFiledMessageService();
     void anotherStartBindsTheServicesAnew();
 
@@ -147,6 +148,18 @@ void tst_pythonStartup::engineIsTheMainModule()
     const InterpreterLock lock;
     QCOMPARE(engine->object(), PyImport_AddModule("__main__"));
     QCOMPARE(engine->getVariable(QStringLiteral("__name__")).toString(), QStringLiteral("__main__"));
+}
+
+void tst_pythonStartup::engineIsThatOfTheObjectItself()
+{
+    host();
+    oxKernelInterface another;
+    QVERIFY(!another.getPythonEngine());
+
+    const InterpreterLock lock;
+    PythonQtObjectPtr engine;
+    privateData(&another)->pythonEngine = &engine;
+    QCOMPARE(another.getPythonEngine(), &engine);
 }
 
 void tst_pythonStartup::mainModuleHasTheFiledMessageService()

@@ -102,6 +102,7 @@ void tst_pythonStreams::completeLinesArePrinted_data()
     add("lone line feed", {"\n"}, {""});
     add("empty lines", {"\n\n", "a\n\nb\n"}, {"", "", "a", "", "b"});
     add("carriage return is kept", {"a\r\n", "b\rc\n"}, {"a\r", "b\rc"});
+    add("carriage returns in one piece", {"a\r\nb\r\nc\rd\n\r\n"}, {"a\r", "b\r", "c\rd", "\r"});
     add("quotes are not escaped", {"it's '\n"}, {"it's '"});
     add("percent signs", {"100% %s %n %d %%\n"}, {"100% %s %n %d %%"});
     add("backslashes", {"a\\nb\n"}, {"a\\nb"});
