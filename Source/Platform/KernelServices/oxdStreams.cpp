@@ -47,15 +47,18 @@ QDataStream &readVector(QDataStream &stream, QVector<T> &vector)
     try {
         if (count > quint32(std::numeric_limits<int>::max()))
             throw std::bad_alloc();
-        vector.resize(int(count));
+        vector.reserve(int(count));
+        // One by one: a QVector loses all the elements of a resize() that fails.
+        for (quint32 size = 1; size <= count; ++size)
+            vector.resize(int(size));
+        for (T &target : vector) {
+            T element;
+            stream >> element;
+            target = element;
+        }
     } catch (const std::bad_alloc &) {
+        vector = QVector<T>();
         stream.setStatus(QDataStream::ReadCorruptData);
-        return stream;
-    }
-    for (T &target : vector) {
-        T element;
-        stream >> element;
-        target = element;
     }
     return stream;
 }
