@@ -96,6 +96,7 @@ void tst_oxdObjectManager::nullIsNoType()
 void tst_oxdObjectManager::externalTypeIsRecorded()
 {
     const quint64 type = oxdObjectManager::registerType(&oxdObject::staticMetaObject);
+    QCOMPARE(oxdObjectManager::externalType(type), Q_UINT64_C(0));
     oxdObjectManager::registerExternalType(type, 42);
     QCOMPARE(oxdObjectManager::externalType(type), Q_UINT64_C(42));
     oxdObjectManager::registerType(&oxdObject::staticMetaObject);
