@@ -6,6 +6,7 @@
 #include "Exchanger.h"
 #include "ExpectedTypes.h"
 #include "InterpreterLock.h"
+#include "MemoryLimit.h"
 #include "oxKernelInterfaceRemote.h"
 #include "oxQRPCClient.h"
 
@@ -106,7 +107,17 @@ private Q_SLOTS:
     void nonSequenceIsRejected();
     void unusualSequences_data();
     void unusualSequences();
+    void longSequencesAreTaken_data();
+    void longSequencesAreTaken();
+    void longClaimEndsAtTheFirstItemThatIsMissing_data();
+    void longClaimEndsAtTheFirstItemThatIsMissing();
+    void moreThanMemoryHoldsIsRefused_data();
+    void moreThanMemoryHoldsIsRefused();
+    void whatFailsForMemoryLeavesTheListAlone();
+    void itemsKeepTheirReferences_data();
+    void itemsKeepTheirReferences();
 
+    void singleWrapperOwnsItsCopy();
     void emptyListGivesAnEmptyPythonList();
     void everyWrapperHasOneReferenceTooMany();
     void decoratorsAreNotPythonQtsToDelete();
@@ -395,10 +406,12 @@ void tst_oxdPython::unusualSequences_data()
     QTest::newRow("length is no number") << QByteArray("return 'x'") << QByteArray("return given[0]") << false << Ids();
     QTest::newRow("length beyond a machine word")
         << QByteArray("return sys.maxint * 2") << QByteArray("return given[0]") << false << Ids();
-    QTest::newRow("longest length") << QByteArray("return sys.maxint") << QByteArray("return given[0]") << false
+    QTest::newRow("longest length") << QByteArray("return sys.maxint") << QByteArray("raise IndexError()") << true
                                     << Ids();
+    QTest::newRow("length of a trillion")
+        << QByteArray("return 2**40") << QByteArray("return given[index]") << true << Ids({1, 2, 3});
     QTest::newRow("length of two billion")
-        << QByteArray("return 2**31 - 1") << QByteArray("raise IndexError()") << false << Ids();
+        << QByteArray("return 2**31 - 1") << QByteArray("raise ValueError()") << true << Ids();
 }
 
 void tst_oxdPython::unusualSequences()
@@ -426,6 +439,161 @@ void tst_oxdPython::unusualSequences()
         QCOMPARE(converted, isConverted);
         QCOMPARE(ids(list), expected);
     }
+}
+
+namespace {
+
+// A sequence that claims a length, and whose items are there up to another one.
+constexpr char claim[] = "given = exchanger.give_oxdImage()\n"
+                         "class Claim(object):\n"
+                         "    fetched = 0\n"
+                         "    def __init__(self, length, end):\n"
+                         "        self.length, self.end = length, end\n"
+                         "    def __len__(self):\n"
+                         "        return self.length\n"
+                         "    def __getitem__(self, index):\n"
+                         "        Claim.fetched += 1\n"
+                         "        if index >= self.end:\n"
+                         "            raise ValueError()\n"
+                         "        return given[index % 3]\n";
+
+} // namespace
+
+void tst_oxdPython::longSequencesAreTaken_data()
+{
+    QTest::addColumn<QByteArray>("expression");
+    QTest::addColumn<int>("length");
+    QTest::newRow("a claim whose items are missing") << QByteArray("Claim(2**16, 1)") << (1 << 16);
+    QTest::newRow("a claim whose items are there") << QByteArray("Claim(2**16 + 1, 2**16 + 1)") << (1 << 16) + 1;
+    QTest::newRow("text") << QByteArray("'x' * 300000") << 300'000;
+}
+
+void tst_oxdPython::longSequencesAreTaken()
+{
+    QFETCH(QByteArray, expression);
+    QFETCH(int, length);
+    const InterpreterLock lock;
+    run(claim);
+    QList<oxdImage> list = objects<oxdImage>({8});
+    QVERIFY(convert(object(expression), &list));
+    QCOMPARE(list.size(), 1 + length);
+    QCOMPARE(list.first().objectId(), Q_UINT64_C(8));
+}
+
+void tst_oxdPython::longClaimEndsAtTheFirstItemThatIsMissing_data()
+{
+    QTest::addColumn<QByteArray>("expression");
+    QTest::addColumn<Ids>("expected");
+    QTest::newRow("more than 2^16") << QByteArray("Claim(2**16 + 1, 4)") << Ids({8, 1, 2, 3, 1});
+    QTest::newRow("two billion") << QByteArray("Claim(2**31 - 1, 4)") << Ids({8, 1, 2, 3, 1});
+    QTest::newRow("a trillion") << QByteArray("Claim(2**40, 4)") << Ids({8, 1, 2, 3, 1});
+    QTest::newRow("nothing of it") << QByteArray("Claim(2**40, 0)") << Ids({8});
+}
+
+void tst_oxdPython::longClaimEndsAtTheFirstItemThatIsMissing()
+{
+    QFETCH(QByteArray, expression);
+    QFETCH(Ids, expected);
+    const InterpreterLock lock;
+    run(claim);
+    QList<oxdImage> list = objects<oxdImage>({8});
+    PyObject *sequence = object(expression);
+    {
+        const MemoryLimit limit(64 << 20); // what is merely claimed takes none
+        QVERIFY(convert(sequence, &list));
+    }
+    QCOMPARE(ids(list), expected);
+}
+
+void tst_oxdPython::moreThanMemoryHoldsIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("expression");
+    for (const char *expression : {"xrange(2**40)", "Claim(2**40, 2**40)", "Claim(sys.maxint, sys.maxint)"})
+        QTest::newRow(expression) << QByteArray(expression);
+}
+
+void tst_oxdPython::moreThanMemoryHoldsIsRefused()
+{
+    QFETCH(QByteArray, expression);
+    const InterpreterLock lock;
+    run(claim);
+    QList<oxdImage> list = objects<oxdImage>({8, 9});
+    PyObject *sequence = object(expression);
+    {
+        const MemoryLimit limit(64 << 20); // so that a failure here does not take all memory
+        QVERIFY(!oxdObjectManager::convertToQListOfType<oxdImage>(sequence, &list, 0, true));
+    }
+    QVERIFY(PyErr_ExceptionMatches(PyExc_MemoryError));
+    PyErr_Clear();
+    QCOMPARE(ids(list), Ids({8, 9}));
+    // It takes one look, and not all memory first.
+    QVERIFY(evaluate(QStringLiteral("Claim.fetched")).toInt() <= 1);
+    QCOMPARE(evaluate(QStringLiteral("outcome(exchanger.exchange_oxdImage, kept)")).toString(),
+             QStringLiteral("MemoryError"));
+}
+
+void tst_oxdPython::whatFailsForMemoryLeavesTheListAlone()
+{
+    if (!MemoryLimit::isPossible())
+        QSKIP("the sanitizer's own use of memory does not fit below a limit");
+    const InterpreterLock lock;
+    QList<oxdImage> list = objects<oxdImage>({8, 9});
+    PyObject *sequence = object("(exchanger.give_oxdImage()[0],) * 2000000");
+    bool converted = true;
+    {
+        // Two million objects take 400 MB.
+        const MemoryLimit limit(32 << 20);
+        converted = oxdObjectManager::convertToQListOfType<oxdImage>(sequence, &list, 0, true);
+    }
+    QVERIFY(!converted);
+    QVERIFY(PyErr_ExceptionMatches(PyExc_MemoryError));
+    PyErr_Clear();
+    QCOMPARE(ids(list), Ids({8, 9}));
+    run("del kept\n");
+}
+
+void tst_oxdPython::itemsKeepTheirReferences_data()
+{
+    QTest::addColumn<QByteArray>("expression");
+    for (const char *expression : {"[item, item]", "(item, item)", "Sequence()"})
+        QTest::newRow(expression) << QByteArray(expression);
+}
+
+void tst_oxdPython::itemsKeepTheirReferences()
+{
+    QFETCH(QByteArray, expression);
+    const InterpreterLock lock;
+    for (const char *item : {"exchanger.giveObject()", "exchanger.giveListInVariant()", "exchanger.lend()"}) {
+        oxdTimer other;
+        m_exchanger.lent = &other;
+        run(QByteArray("item = ") + item
+            + "\n"
+              "class Sequence(object):\n"
+              "    def __len__(self):\n"
+              "        return 2\n"
+              "    def __getitem__(self, index):\n"
+              "        return item\n");
+        PyObject *sequence = object(expression);
+        PyObject *wrapper =
+            PyDict_GetItemString(PyModule_GetDict(oxKernelInterface::the()->getPythonEngine()->object()), "item");
+        const Py_ssize_t before = Py_REFCNT(wrapper);
+        QList<oxdMaterial> list;
+        QVERIFY(convert(sequence, &list));
+        QCOMPARE(list.size(), 2);
+        QCOMPARE(Py_REFCNT(wrapper), before);
+    }
+}
+
+void tst_oxdPython::singleWrapperOwnsItsCopy()
+{
+    const InterpreterLock lock;
+    oxdImage image(7);
+    PyObject *wrapper = oxdObjectManager::convertFromType<oxdImage>(&image, 0);
+    QCOMPARE(Py_REFCNT(wrapper), Py_ssize_t(1));
+    const QPointer<QObject> copy = reinterpret_cast<PythonQtInstanceWrapper *>(wrapper)->_obj;
+    QVERIFY(copy && copy != &image);
+    Py_DECREF(wrapper);
+    QVERIFY(!copy);
 }
 
 void tst_oxdPython::emptyListGivesAnEmptyPythonList()

@@ -65,13 +65,14 @@ public:
     /// Appends an element for each item of a Python sequence.
     ///
     /// An item that is no wrapper of a living T, or that cannot be fetched, gives an element without
-    /// object. No Python error is left behind.
+    /// object. A sequence that claims more than 65,536 items ends at the first that cannot be fetched.
+    /// No Python error is left behind, but for MemoryError.
     ///
     /// @param sequence any Python object
     /// @param list     a QList<T>, which is not cleared; its meta-type id and the strictness flag,
     ///                 the other arguments, are not used
-    /// @return false, and the list is as it was, for what is no sequence or has no length, or
-    ///         claims a length beyond reason
+    /// @return false, and the list is as it was, for what is no sequence or has no length, and, with
+    ///         Python's MemoryError set, where memory does not hold the elements
     template<class T>
     static bool convertToQListOfType(PyObject *sequence, void *list, int metaType, bool strict);
 };

@@ -11,8 +11,13 @@
 #include <QList>
 #include <QString>
 
+#include <algorithm>
 #include <limits>
+#include <memory>
+#include <new>
 #include <typeinfo>
+
+#include <unistd.h>
 
 #include "oxdObject.h"
 #include "oxdObjectManager.h"
@@ -53,20 +58,54 @@ const T *unwrap(PyObject *item)
     return dynamic_cast<const T *>(object);
 }
 
-/// The length of a sequence that can be converted; negative for one that cannot. Leaves no error.
-///
-/// Lists and tuples have the items that they say they have. Other sequences, their subclasses too,
-/// merely claim a length, which nothing need stand behind, and each item that is claimed costs an
-/// object.
-inline Py_ssize_t convertibleLength(PyObject *sequence)
+struct GiveBack
 {
-    constexpr Py_ssize_t longestClaim = 1 << 24;
-    constexpr Py_ssize_t longestList = std::numeric_limits<int>::max() / 2; // a QList counts with int
-    const Py_ssize_t length = PySequence_Size(sequence);
-    if (length < 0)
+    void operator()(PyObject *object) const { Py_DECREF(object); }
+};
+
+/// An item of a sequence, and the reference to it; null for one that cannot be fetched. Leaves no error.
+using Item = std::unique_ptr<PyObject, GiveBack>;
+
+inline Item fetch(PyObject *sequence, Py_ssize_t index)
+{
+    Item item(PySequence_GetItem(sequence, index));
+    if (!item)
         PyErr_Clear();
-    const bool holdsItsItems = PyList_CheckExact(sequence) || PyTuple_CheckExact(sequence);
-    return length > (holdsItsItems ? longestList : longestClaim) ? -1 : length;
+    return item;
+}
+
+/// How many objects the machine's memory holds, about.
+inline Py_ssize_t mostObjects()
+{
+    constexpr qint64 bytesPerObject = 256; // with what QObject keeps of each
+    const qint64 bytes = qint64(sysconf(_SC_PHYS_PAGES)) * sysconf(_SC_PAGE_SIZE);
+    return Py_ssize_t(std::min<qint64>(bytes / bytesPerObject, std::numeric_limits<int>::max()));
+}
+
+/// Appends an element for each item of a sequence that claims a length.
+///
+/// @throws std::bad_alloc where memory does not hold the elements
+template<class T>
+void appendItems(PyObject *sequence, Py_ssize_t length, QList<T> &objects)
+{
+    // Of a longer claim, only what is there takes memory.
+    constexpr Py_ssize_t longestPadding = 1 << 16;
+
+    // Before all memory is used up: then the system may end the process.
+    if (length > mostObjects() - objects.size() && fetch(sequence, length - 1))
+        throw std::bad_alloc();
+    // Other sequences, and subclasses of these, merely claim a length.
+    if (length > 0 && (PyList_CheckExact(sequence) || PyTuple_CheckExact(sequence)))
+        objects.reserve(int(objects.size() + length));
+    for (Py_ssize_t i = 0; i < length; ++i) {
+        const Item item = fetch(sequence, i);
+        if (!item && length > longestPadding)
+            return;
+        if (const T *object = unwrap<T>(item.get()))
+            objects.append(*object);
+        else
+            objects.append(T());
+    }
 }
 
 } // namespace oxdPython
@@ -116,21 +155,20 @@ bool oxdObjectManager::convertToQListOfType(PyObject *sequence, void *list, int,
 {
     if (!PySequence_Check(sequence))
         return false;
-    const Py_ssize_t length = oxdPython::convertibleLength(sequence);
-    if (length < 0)
+    const Py_ssize_t length = PySequence_Size(sequence);
+    if (length < 0) {
+        PyErr_Clear();
         return false;
+    }
     QList<T> &objects = *static_cast<QList<T> *>(list);
-    if (length > 0)
-        objects.reserve(int(objects.size() + length));
-    for (Py_ssize_t i = 0; i < length; ++i) {
-        PyObject *item = PySequence_GetItem(sequence, i);
-        if (!item)
-            PyErr_Clear();
-        if (const T *object = oxdPython::unwrap<T>(item))
-            objects.append(*object);
-        else
-            objects.append(T());
-        Py_XDECREF(item);
+    const int before = objects.size();
+    try {
+        oxdPython::appendItems(sequence, length, objects);
+    } catch (const std::bad_alloc &) {
+        while (objects.size() > before)
+            objects.removeLast();
+        PyErr_NoMemory();
+        return false;
     }
     return true;
 }
