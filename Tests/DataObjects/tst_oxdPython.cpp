@@ -72,6 +72,41 @@ public Q_SLOTS:
 int Decorated::count = 0;
 Q_DECLARE_METATYPE(Decorated)
 
+/// What a host might derive, with a state of its own: where its handle lies is its own matter, too.
+class HostMaterial : public oxdMaterial
+{
+    Q_OBJECT
+
+public:
+    using oxdMaterial::oxdMaterial;
+
+    QByteArray state[4];
+};
+
+/// A host's operations on data objects, which scripts call as the objects' own.
+class HostDecorators : public QObject
+{
+    Q_OBJECT
+
+public Q_SLOTS:
+    QString number(oxdMaterial *object, const oxdMaterial &other) const
+    {
+        return QString::number(object->objectId()) + '-' + QString::number(other.objectId());
+    }
+};
+
+/// What a host's slot takes that knows classes that Python does not know.
+class HostExchanger : public QObject
+{
+    Q_OBJECT
+
+public:
+    QString taken;
+
+public Q_SLOTS:
+    void takeHostMaterial(HostMaterial *object) { taken = object ? QStringLiteral("host") : QStringLiteral("null"); }
+};
+
 /// Lists of data objects between C++ and real scripts, in a process that has run init.
 class tst_oxdPython : public QObject
 {
@@ -100,6 +135,26 @@ private Q_SLOTS:
     void derivedObjectsKeepTheirHandleInAListOfTheBase();
     void objectsOutliveTheirList();
     void wrapperOfADeletedObjectGivesAnEmptyObject();
+
+    void singleObjectIsTaken_data();
+    void singleObjectIsTaken();
+    void wrongSingleObjectIsRefused_data();
+    void wrongSingleObjectIsRefused();
+    void referenceIsTheObjectItself();
+    void pointerKeepsItsClass();
+    void deletedSingleObjectIsNull();
+    void overloadsAreToldApart();
+    void propertyTakesTheObject();
+    void signalGivesTheObject();
+    void decoratorsOfTheHostGetTheObject();
+    void objectOfAClassWithStateIsTaken();
+    void classThatPythonDoesNotKnowIsRefused();
+    void listOfPointersGivesCopies_data();
+    void listOfPointersGivesCopies();
+    void listOfPointersIsTaken_data();
+    void listOfPointersIsTaken();
+    void pointerGivesACopy_data();
+    void pointerGivesACopy();
 
     void convertedElementsAreAppended();
     void emptySequenceLeavesTheListAlone();
@@ -347,6 +402,241 @@ void tst_oxdPython::wrapperOfADeletedObjectGivesAnEmptyObject()
     timer.reset();
     run("exchanger.exchange_oxdTimer([lent, lent])\n");
     QCOMPARE(m_exchanger.taken, Ids({0, 0}));
+}
+
+void tst_oxdPython::singleObjectIsTaken_data()
+{
+    addClassRows();
+}
+
+void tst_oxdPython::singleObjectIsTaken()
+{
+    QFETCH(QString, name);
+    run(QStringLiteral("first, second, third = exchanger.give_%1()\n").arg(name).toUtf8());
+    for (const char *way : {"Value", "ConstReference", "Reference", "Pointer", "ConstPointer"}) {
+        m_exchanger.taken.clear();
+        run(QStringLiteral("exchanger.take%1_%2(second)\n").arg(QLatin1String(way), name).toUtf8());
+        QCOMPARE(m_exchanger.taken, Ids({2}));
+    }
+}
+
+void tst_oxdPython::wrongSingleObjectIsRefused_data()
+{
+    addClassRows();
+}
+
+void tst_oxdPython::wrongSingleObjectIsRefused()
+{
+    QFETCH(QString, name);
+    const QString other =
+        name == QLatin1String("oxdActionGraph") ? QStringLiteral("oxdWebEngine") : QStringLiteral("oxdActionGraph");
+    m_exchanger.taken = {7};
+    for (const char *way : {"Value", "ConstReference", "Reference", "Pointer", "ConstPointer"}) {
+        for (const QString &wrong :
+             {QStringLiteral("5"), QStringLiteral("exchanger"), QStringLiteral("[]"),
+              QStringLiteral("exchanger.give_%1()").arg(name), QStringLiteral("exchanger.give_%1()[1]").arg(other)}) {
+            // An oxdObject is the base of all.
+            if (name == QLatin1String("oxdObject") && wrong.endsWith(QLatin1String("[1]")))
+                continue;
+            QCOMPARE(evaluate(QStringLiteral("outcome(exchanger.take%1_%2, %3)").arg(QLatin1String(way), name, wrong))
+                         .toString(),
+                     QStringLiteral("ValueError"));
+        }
+    }
+    QCOMPARE(m_exchanger.taken, Ids({7}));
+
+    for (const char *way : {"Value", "ConstReference", "Reference"}) {
+        QCOMPARE(
+            evaluate(QStringLiteral("outcome(exchanger.take%1_%2, None)").arg(QLatin1String(way), name)).toString(),
+            QStringLiteral("ValueError"));
+    }
+    run(QStringLiteral("exchanger.takePointer_%1(None)\n").arg(name).toUtf8());
+    QCOMPARE(m_exchanger.taken, Ids({0}));
+}
+
+void tst_oxdPython::referenceIsTheObjectItself()
+{
+    run("given = exchanger.give_oxdGlassMaterial()[0]\n"
+        "exchanger.rebind(given)\n"
+        "exchanger.takeValue_oxdGlassMaterial(given)\n");
+    QCOMPARE(m_exchanger.taken, Ids({99}));
+}
+
+void tst_oxdPython::pointerKeepsItsClass()
+{
+    QCOMPARE(evaluate(QStringLiteral("exchanger.classOf(exchanger.give_oxdGlassMaterial()[0])")).toString(),
+             QStringLiteral("oxdGlassMaterial"));
+    run("exchanger.takePointer_oxdObject(exchanger.give_oxdGlassMaterial()[1])\n");
+    QCOMPARE(m_exchanger.taken, Ids({2}));
+    QCOMPARE(
+        evaluate(QStringLiteral("outcome(exchanger.takePointer_oxdGlassMaterial, exchanger.give_oxdMaterial()[0])"))
+            .toString(),
+        QStringLiteral("ValueError"));
+}
+
+void tst_oxdPython::deletedSingleObjectIsNull()
+{
+    auto timer = std::make_unique<oxdTimer>(7);
+    m_exchanger.lent = timer.get();
+    run("lent = exchanger.lend()\n"
+        "exchanger.takeValue_oxdTimer(lent)\n");
+    QCOMPARE(m_exchanger.taken, Ids({7}));
+
+    timer.reset();
+    run("exchanger.takePointer_oxdTimer(lent)\n");
+    QCOMPARE(m_exchanger.taken, Ids({0}));
+    for (const char *way : {"Value", "ConstReference", "Reference"}) {
+        QCOMPARE(
+            evaluate(QStringLiteral("outcome(exchanger.take%1_oxdTimer, lent)").arg(QLatin1String(way))).toString(),
+            QStringLiteral("ValueError"));
+    }
+}
+
+void tst_oxdPython::overloadsAreToldApart()
+{
+    run("exchanger.takeAny(exchanger.give_oxdGlassMaterial()[1])\n");
+    QCOMPARE(m_exchanger.taken, Ids({2}));
+    run("exchanger.takeAny(exchanger.give_oxdMaterial())\n");
+    QCOMPARE(m_exchanger.taken, Ids({1, 2, 3}));
+    run("exchanger.takeAny(exchanger.give_oxdTimer()[1])\n");
+    QCOMPARE(m_exchanger.taken, Ids({1002}));
+}
+
+void tst_oxdPython::propertyTakesTheObject()
+{
+    run("exchanger.material = exchanger.give_oxdGlassMaterial()[2]\n"
+        "exchanger.takeValue_oxdMaterial(exchanger.material)\n");
+    QCOMPARE(m_exchanger.material().objectId(), Q_UINT64_C(3));
+    QCOMPARE(m_exchanger.taken, Ids({3}));
+}
+
+void tst_oxdPython::signalGivesTheObject()
+{
+    run("offers = []\n"
+        "exchanger.connect('offered(oxdMaterial*)', offers.append)\n"
+        "exchanger.connect('offeredCopy(oxdMaterial)', offers.append)\n");
+    oxdMaterial material(7);
+    Q_EMIT m_exchanger.offered(&material);
+    Q_EMIT m_exchanger.offeredCopy(oxdGlassMaterial(8));
+    Q_EMIT m_exchanger.offered(nullptr);
+    run("exchanger.exchange_oxdMaterial(offers)\n"
+        "exchanger.disconnect('offered(oxdMaterial*)', offers.append)\n"
+        "exchanger.disconnect('offeredCopy(oxdMaterial)', offers.append)\n");
+    QCOMPARE(m_exchanger.taken, Ids({7, 8, 0}));
+    QCOMPARE(evaluate(QStringLiteral("offers[2] is None")), QVariant(true));
+}
+
+void tst_oxdPython::decoratorsOfTheHostGetTheObject()
+{
+    {
+        const InterpreterLock lock;
+        PythonQt::self()->addInstanceDecorators(new HostDecorators);
+    }
+    for (const char *name : {"oxdMaterial", "oxdGlassMaterial"}) {
+        QCOMPARE(
+            evaluate(QStringLiteral("exchanger.give_%1()[2].number(exchanger.give_%1()[1])").arg(QLatin1String(name)))
+                .toString(),
+            QStringLiteral("3-2"));
+    }
+    // Qt's own decorators of QObject stay in reach.
+    QCOMPARE(evaluate(QStringLiteral("exchanger.give_oxdGlassMaterial()[0].parent() is None")), QVariant(true));
+    QCOMPARE(evaluate(QStringLiteral("exchanger.give_oxdGlassMaterial()[0].inherits('oxdMaterial')")), QVariant(true));
+}
+
+void tst_oxdPython::objectOfAClassWithStateIsTaken()
+{
+    HostMaterial material(7);
+    m_exchanger.lent = &material;
+    for (const char *way : {"Value", "ConstReference", "Reference", "Pointer", "ConstPointer"}) {
+        for (const char *base : {"oxdMaterial", "oxdBaseObject", "oxdObject"}) {
+            m_exchanger.taken.clear();
+            run(QStringLiteral("exchanger.take%1_%2(exchanger.lend())\n")
+                    .arg(QLatin1String(way), QLatin1String(base))
+                    .toUtf8());
+            QCOMPARE(m_exchanger.taken, Ids({7}));
+        }
+    }
+}
+
+void tst_oxdPython::classThatPythonDoesNotKnowIsRefused()
+{
+    HostMaterial material(7);
+    HostExchanger host;
+    m_exchanger.lent = &material;
+    const InterpreterLock lock;
+    oxKernelInterface::the()->getPythonEngine()->addObject(QStringLiteral("host"), &host);
+    QCOMPARE(evaluate(QStringLiteral("outcome(host.takeHostMaterial, exchanger.lend())")).toString(),
+             QStringLiteral("ValueError"));
+    QCOMPARE(host.taken, QString());
+
+    oxdNode node(8);
+    m_exchanger.lent = &node;
+    m_exchanger.taken = {1};
+    for (const char *way : {"Value", "ConstReference", "Reference", "Pointer", "ConstPointer"}) {
+        QCOMPARE(evaluate(QStringLiteral("outcome(exchanger.take%1_oxdNode, exchanger.lend())").arg(QLatin1String(way)))
+                     .toString(),
+                 QStringLiteral("ValueError"));
+    }
+    QCOMPARE(m_exchanger.taken, Ids({1}));
+    run("exchanger.takePointer_oxdSceneObject(exchanger.lend())\n");
+    QCOMPARE(m_exchanger.taken, Ids({8}));
+}
+
+void tst_oxdPython::listOfPointersGivesCopies_data()
+{
+    addClassRows();
+}
+
+void tst_oxdPython::listOfPointersGivesCopies()
+{
+    QFETCH(QString, name);
+    run(QStringLiteral("given = exchanger.givePointers_%1()\n"
+                       "again = exchanger.givePointers_%1()\n"
+                       "exchanger.exchange_%1(given)\n")
+            .arg(name)
+            .toUtf8());
+    QCOMPARE(m_exchanger.taken, Ids({1, 2, 3, 0}));
+    QCOMPARE(evaluate(QStringLiteral("[type(o) is oxKernelServices.%1 for o in given]").arg(name)),
+             QVariant(QVariantList{true, true, true, false}));
+    QCOMPARE(evaluate(QStringLiteral("given[3] is None")), QVariant(true));
+    QCOMPARE(evaluate(QStringLiteral("given[0] is again[0]")), QVariant(false));
+}
+
+void tst_oxdPython::listOfPointersIsTaken_data()
+{
+    addClassRows();
+}
+
+void tst_oxdPython::listOfPointersIsTaken()
+{
+    QFETCH(QString, name);
+    run(QStringLiteral("exchanger.takePointers_%1(list(reversed(exchanger.give_%1())))\n").arg(name).toUtf8());
+    QCOMPARE(m_exchanger.taken, Ids({3, 2, 1}));
+    const QString outcome = QStringLiteral("outcome(exchanger.takePointers_%1, %2)");
+    for (const char *wrong : {"[exchanger]", "[None]", "[5]", "5"})
+        QCOMPARE(evaluate(outcome.arg(name, QLatin1String(wrong))).toString(), QStringLiteral("ValueError"));
+    run("class Raising(object):\n"
+        "    def __len__(self):\n"
+        "        return 1\n"
+        "    def __getitem__(self, index):\n"
+        "        raise KeyError()\n");
+    QCOMPARE(evaluate(outcome.arg(name, QStringLiteral("Raising()"))).toString(), QStringLiteral("KeyError"));
+    QCOMPARE(m_exchanger.taken, Ids({3, 2, 1}));
+}
+
+void tst_oxdPython::pointerGivesACopy_data()
+{
+    addClassRows();
+}
+
+void tst_oxdPython::pointerGivesACopy()
+{
+    QFETCH(QString, name);
+    QCOMPARE(evaluate(QStringLiteral("type(exchanger.givePointer_%1(False)) is oxKernelServices.%1").arg(name)),
+             QVariant(true));
+    run(QStringLiteral("exchanger.exchange_%1([exchanger.givePointer_%1(False)])\n").arg(name).toUtf8());
+    QCOMPARE(m_exchanger.taken, Ids({1}));
+    QCOMPARE(evaluate(QStringLiteral("exchanger.givePointer_%1(True) is None").arg(name)), QVariant(true));
 }
 
 void tst_oxdPython::convertedElementsAreAppended()

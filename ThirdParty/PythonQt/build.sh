@@ -34,7 +34,8 @@ USAGE
 }
 
 inputs() {
-  sha256sum build.sh CMakeLists.txt PythonQtPython2.h python2.patch runtime-classes.patch connections.patch run-tests
+  sha256sum build.sh CMakeLists.txt PythonQtPython2.h python2.patch runtime-classes.patch connections.patch virtual-bases.patch \
+    run-tests
   printf '%s\n' "${PYTHONQT_CXXFLAGS:-}"
   dpkg-query -W -f '${Package} ${Version}\n' qtbase5-dev libpython2.7-dev 2>/dev/null || qmake -query QT_VERSION
 }
@@ -43,6 +44,7 @@ build() {
   apply_patch python2.patch
   apply_patch runtime-classes.patch
   apply_patch connections.patch
+  apply_patch virtual-bases.patch
   configure -DCMAKE_CXX_FLAGS="${PYTHONQT_CXXFLAGS:-}" -DPYTHONQT_SOURCE="$build/source"
   compile
   install_and_test

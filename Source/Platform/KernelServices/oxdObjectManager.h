@@ -43,15 +43,21 @@ public:
 
     /// Makes T and QList<T> known to Python, in the package oxKernelServices.
     ///
-    /// Scripts get single objects and lists as copies, and hand over lists, or objects as QObject*.
-    /// A slot that takes T itself, by value, reference or pointer, must not be called from a script:
-    /// PythonQt passes the address of the QObject, which with a virtual base is not that of the T.
+    /// Scripts get objects as copies: single ones, from a pointer too, and lists of them or of pointers
+    /// to them. A null pointer is None. They hand over lists, or single objects: a slot that takes a T
+    /// by value, reference or pointer, or a list of pointers, gets the object that the wrapper holds, of
+    /// T or a class derived from it; anything else is refused with Python's ValueError. A pointer is null
+    /// for None, and for a wrapper whose object has been deleted.
+    ///
+    /// Single objects and lists of pointers need a PythonQt with ThirdParty/PythonQt/virtual-bases.patch.
+    /// Any other passes the address of the QObject, which with a virtual base is not that of the T: there
+    /// a slot may take lists of T and QObject*, and return all but lists of pointers.
     template<class T>
     static void registerToPython();
 
-    /// A wrapper for a copy of an object, which Python owns.
+    /// A wrapper for a copy of an object, which Python owns; None for null.
     ///
-    /// @param object a T; its meta-type id, the second argument, is not used
+    /// @param object a T or null; its meta-type id, the second argument, is not used
     template<class T>
     static PyObject *convertFromType(const void *object, int metaType);
 

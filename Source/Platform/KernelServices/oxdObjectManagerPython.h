@@ -58,6 +58,17 @@ const T *unwrap(PyObject *item)
     return dynamic_cast<const T *>(object);
 }
 
+/// Tells PythonQt how to get from a QObject to the T, which it hands to slots: by itself it takes both
+/// for the same address. Only a PythonQt with ThirdParty/PythonQt/virtual-bases.patch can be told.
+template<class T>
+void registerCast()
+{
+#ifdef PYTHONQT_HAS_QOBJECT_CAST
+    const auto cast = [](QObject *object) -> void * { return dynamic_cast<T *>(object); };
+    PythonQt::priv()->getClassInfo(&T::staticMetaObject)->setQObjectCast(cast);
+#endif
+}
+
 struct GiveBack
 {
     void operator()(PyObject *object) const { Py_DECREF(object); }
@@ -120,6 +131,7 @@ void oxdObjectManager::registerToPython()
     // PythonQt has become the parent, and would delete in its clean-up what is not on the heap.
     instanceDecorator.setParent(nullptr);
 
+    oxdPython::registerCast<T>();
     // By itself PythonQt copies a T well, and then takes the copy's address for that of a QObject.
     PythonQtConv::registerMetaTypeToPythonConverter(qMetaTypeId<T>(), convertFromType<T>);
 
@@ -132,6 +144,8 @@ void oxdObjectManager::registerToPython()
 template<class T>
 PyObject *oxdObjectManager::convertFromType(const void *object, int)
 {
+    if (!object)
+        Py_RETURN_NONE;
     return oxdPython::wrapCopy(*static_cast<const T *>(object), T::staticMetaObject.className());
 }
 
