@@ -23,6 +23,23 @@ inline QByteArray designerForm(const QByteArray &topWidget, const QByteArray &it
         + items + "</layout></widget></item>\n  </layout>\n </widget>\n</ui>\n";
 }
 
+/// The column "name" with names of members of QDialog of every kind, for a form's object.
+inline void addNamesOfMembers()
+{
+    QTest::addColumn<QByteArray>("name");
+
+    for (const char *name : {"close", "layoutDirection", "windowTitle", "size", "finished", "Accepted", "DialogCode",
+                             "accept", "event", "sizeHint", "children"}) {
+        QTest::newRow(name) << QByteArray(name);
+    }
+}
+
+/// A form that is a QDialog with a button of that name.
+inline QByteArray formWithButton(const QByteArray &name)
+{
+    return designerForm("QDialog", "<item><widget class=\"QPushButton\" name=\"" + name + "\"/></item>");
+}
+
 /// The columns "text" and "error" with files that uiTools refuses, the first of them missing; %1 in an
 /// error is the file's path.
 ///

@@ -8,6 +8,9 @@ plugins for PythonQt work without it.
 import os
 from xml.etree import ElementTree
 
+# Classes whose widgets place their children themselves: they accept no other layout.
+_PLACE_CHILDREN = ("QMainWindow", "QDockWidget", "QStackedWidget", "QToolBox")
+
 
 def loadUiType(fileName):
     """Make a class of a Designer file, for plugins that use PythonQt.
@@ -17,8 +20,16 @@ def loadUiType(fileName):
 
     Returns the pair (form class, base class). The base class is the Qt class of the form's top
     widget. The form class has one method, setupUi(widget): it fills the widget with the form
-    and makes each of the form's named objects an attribute of self. None may have the name of a
-    member of that class, such as "close".
+    and makes each of the form's named objects an attribute of self.
+
+    The form becomes a child that fills the widget. Where both are a QMainWindow, QDockWidget,
+    QStackedWidget or QToolBox, which place their children themselves, the form's parts and
+    properties become the widget's own.
+
+    An object that has the name of a member of the widget's class hides that member: with a button
+    named "close", self.close is the button, and Base.close(self) closes the widget. Qt itself still
+    calls the member. A hidden property is set as before, self.windowTitle = "a", and read by
+    self.property("windowTitle").
 
         Form, Base = uiTools.loadUiType("panel.ui")
 
@@ -30,7 +41,7 @@ def loadUiType(fileName):
 
     Raises IOError when the file cannot be read, ValueError when it is no Designer file.
     """
-    from PythonQt import QtCore, QtGui
+    from PythonQt import QtGui
 
     path = os.path.abspath(fileName)
     baseName = _topWidgetClass(path)
@@ -41,17 +52,32 @@ def loadUiType(fileName):
 
     class Form(object):
         def setupUi(self, widget):
-            content = _loadContent(path, widget)
-            content.setWindowFlags(QtCore.Qt.Widget)  # a dialog would be a window of its own
-            widget.resize(content.size)
-            if content.windowTitle:
-                widget.setWindowTitle(content.windowTitle)
-            layout = QtGui.QVBoxLayout(widget)
-            layout.setContentsMargins(0, 0, 0, 0)
-            layout.addWidget(content)
+            if baseName in _PLACE_CHILDREN and widget.inherits(baseName):
+                content = _fillWidget(path, widget)
+            else:
+                content = _addContent(path, widget)
+            members = {}
             for child in _descendants(content):
-                if child.objectName and not child.objectName.startswith("qt_"):
-                    setattr(self, str(child.objectName), child)
+                name = str(child.objectName)
+                if not name or name.startswith("qt_"):
+                    continue
+                if _isQtMember(type(self), name):
+                    members[name] = child
+                else:
+                    setattr(self, name, child)
+            if members:
+                self._namedLikeMembers = members
+                Form.__getattribute__ = getNamedObject
+
+    # PythonQt refuses these objects as attributes. In the instance's dictionary, where it accepts
+    # them, it would take them for overrides of virtual functions. Looking for them first makes each
+    # look-up slower: only a form that has such names does it.
+    def getNamedObject(self, name):
+        find = super(Form, self).__getattribute__
+        try:
+            return find("_namedLikeMembers")[name]
+        except (AttributeError, KeyError):
+            return find(name)
 
     Form.__name__ = "Ui_" + baseName
     return Form, base
@@ -86,7 +112,7 @@ def loadUiTypePySide(fileName):
 
     class Form(object):
         def setupUi(self, widget):
-            _fillWidget(path, widget)
+            _fillWidgetPySide(path, widget)
             for child in widget.findChildren(QtCore.QObject):
                 name = child.objectName()
                 if name and not name.startswith("qt_"):
@@ -139,15 +165,42 @@ def _topWidgetClass(path):
     return widget.get("class")
 
 
-def _loadContent(path, parent):
-    from PythonQt.QtCore import QFile, QIODevice
+def _addContent(path, widget):
+    from PythonQt.QtCore import Qt
+    from PythonQt.QtGui import QVBoxLayout
     from PythonQt.QtUiTools import QUiLoader
+
+    content = _load(QUiLoader(), path, widget)
+    content.setWindowFlags(Qt.Widget)  # a dialog would be a window of its own
+    widget.resize(content.size)
+    if content.windowTitle:
+        widget.setWindowTitle(content.windowTitle)
+    layout = QVBoxLayout(widget)
+    layout.setContentsMargins(0, 0, 0, 0)
+    layout.addWidget(content)
+    return content
+
+
+def _fillWidget(path, widget):
+    from PythonQt.QtUiTools import QUiLoader
+
+    class Loader(QUiLoader):
+        def createWidget(self, className, parent, name):
+            if parent is None:  # the form's top widget
+                widget.setObjectName(name)
+                return widget
+            return QUiLoader.createWidget(self, className, parent, name)
+
+    return _load(Loader(), path, None)
+
+
+def _load(loader, path, parent):
+    from PythonQt.QtCore import QDir, QFile, QIODevice
 
     uiFile = QFile(path)
     if not uiFile.open(QIODevice.ReadOnly):
         raise IOError("%s: %s" % (path, uiFile.errorString()))
-    loader = QUiLoader()
-    loader.setWorkingDirectory(_folderOf(path))
+    loader.setWorkingDirectory(QDir(os.path.dirname(path)))
     content = loader.load(uiFile, parent)
     uiFile.close()
     if content is None:
@@ -155,7 +208,7 @@ def _loadContent(path, parent):
     return content
 
 
-def _fillWidget(path, widget):
+def _fillWidgetPySide(path, widget):
     from PySide2.QtCore import QDir, QFile, QIODevice
     from PySide2.QtUiTools import QUiLoader
 
@@ -178,10 +231,8 @@ def _fillWidget(path, widget):
     uiFile.close()
 
 
-def _folderOf(path):
-    from PythonQt.QtCore import QDir
-
-    return QDir(os.path.dirname(path))
+def _isQtMember(formClass, name):
+    return any(hasattr(c, name) for c in formClass.__mro__ if c.__module__.startswith("PythonQt."))
 
 
 def _descendants(root):
