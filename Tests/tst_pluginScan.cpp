@@ -57,6 +57,7 @@ private Q_SLOTS:
     void sweepThatEndsInAnotherScan();
     void scanInDestroyedOfWhatAReloadDeletes_data();
     void scanInDestroyedOfWhatAReloadDeletes();
+    void sweepInDestroyedOfWhatAReloadDeletes();
     void scanInDestroyedOfAContainerThatItsOwnerDeletes();
     void missingScriptsFolderHasNoPlugins();
     void missingPluginsFolderHasNoPlugins_data();
@@ -590,6 +591,24 @@ void tst_pluginScan::scanInDestroyedOfWhatAReloadDeletes()
     QCOMPARE(m_host.dock("Tool")->widget(), record("Tool").widget);
     QCOMPARE(m_host.menu("Scripts")->actions().size(), 1);
     QCOMPARE(scan().standardOutput, bindings + info("runs") + loaded("Tool"));
+}
+
+void tst_pluginScan::sweepInDestroyedOfWhatAReloadDeletes()
+{
+    const QString path = m_host.write("Tool.py", "");
+    scan();
+    const QPointer<QDockWidget> dock = m_host.dock("Tool");
+    connect(record("Tool").widget, &QObject::destroyed, this, [this, &path] {
+        QFile::remove(path);
+        m_host.scan();
+    });
+    const Output output = scan();
+
+    QVERIFY(!dock);
+    QCOMPARE(output.standardError, "Couldn't load '" + path.toUtf8() + "' plugin!\n");
+    QCOMPARE(keys(), QStringList{"Tool"});
+    QCOMPARE(dockCount(), 1);
+    QCOMPARE(m_host.dock("Tool")->widget(), record("Tool").widget);
 }
 
 void tst_pluginScan::scanInDestroyedOfAContainerThatItsOwnerDeletes()

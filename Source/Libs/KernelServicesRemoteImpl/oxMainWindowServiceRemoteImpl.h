@@ -45,9 +45,9 @@ public:
     /// The module's QOXDockWidget; null without one.
     QDockWidget *getModule(const QString &name) override;
 
-    /// Moves the module's entry into @p menu, with its icon and check mark, and puts @p widget in
-    /// the place of the module's content, which is deleted. Does nothing with a null @p widget.
-    /// Then deletes the first menu without an entry, if there is one: at most one.
+    /// Moves the module's entry into @p menu, with its icon and check mark, and puts @p widget in the
+    /// place of the module's content, which is deleted; @p widget may be from within it. Then deletes
+    /// the first menu without an entry, if there is one: one at most. Nothing with a null @p widget.
     ///
     /// An unknown module gets an entry without a dock, and @p widget stays the caller's.
     void changeModule(const QString &name, const QString &menu, QWidget *widget) override;
