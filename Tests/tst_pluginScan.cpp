@@ -54,6 +54,7 @@ private Q_SLOTS:
     void sweepGoesInTheOrderOfTheKeys();
     void sweepLeavesThePythonModuleAlone();
     void sweepOfAPluginWithoutDock();
+    void contentOfASweptPluginIsNotTakenForThatOfTheNextOne();
     void sweepThatEndsInAnotherScan();
     void scanInDestroyedOfWhatAReloadDeletes_data();
     void scanInDestroyedOfWhatAReloadDeletes();
@@ -520,6 +521,24 @@ void tst_pluginScan::sweepOfAPluginWithoutDock()
     scan();
     QVERIFY(keys().isEmpty());
     QVERIFY(!m_host.entry("Tool"));
+}
+
+// It lives on in the overlay, and goes when the plugin has another one.
+void tst_pluginScan::contentOfASweptPluginIsNotTakenForThatOfTheNextOne()
+{
+    const QString path = m_host.write("Tool.py", "");
+    scan();
+    const QPointer<QWidget> swept = record("Tool").widget;
+    oxKernelServiceFactory::the()->getService<oxRenderService>()->addOverlay("Tool");
+    QVERIFY(QFile::remove(path));
+    scan();
+    m_host.write("Tool.py", "");
+    scan();
+    QVERIFY(swept);
+    delete swept;
+
+    QVERIFY(record("Tool").widget);
+    QCOMPARE(record("Tool").widget, m_host.dock("Tool")->widget());
 }
 
 // What the inner scan has swept is not swept again: the window may have another module of that title.
