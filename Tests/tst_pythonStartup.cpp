@@ -3,6 +3,7 @@
 #include "PluginHost.h"
 
 #include <PythonQt.h>
+#include <QTextCodec>
 #include <QtTest>
 
 #include "OutputCapture.h"
@@ -60,6 +61,7 @@ QByteArray info(const QByteArray &line)
 }
 
 const QString hostRunsOption = QStringLiteral("--host-runs");
+const QString latin1HostRunsOption = QStringLiteral("--latin-1-host-runs");
 
 // How a host runs code of its own whose sys.exit() is to end the process, as README.md has it.
 void runAsPythonDoes(const char *code)
@@ -79,6 +81,8 @@ void runAsPythonDoes(const char *code)
 // The main() of a host that runs each argument.
 int hostMain(const QStringList &arguments)
 {
+    if (arguments.at(1) == latin1HostRunsOption)
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
     oxQRPCClient client;
     oxKernelInterface::the()->init(&client, false);
     PluginHost::run(QStringLiteral("from PythonQt.QtGui import QLabel\n"
@@ -88,6 +92,15 @@ int hostMain(const QStringList &arguments)
         runAsPythonDoes(code.toUtf8());
     PluginHost::run(QStringLiteral("print 'goes on'"));
     return 0;
+}
+
+PythonChildResult runHost(const QProcessEnvironment &environment, const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(QCoreApplication::applicationFilePath(), arguments);
+    const bool ended = process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit;
+    return {ended ? process.exitCode() : -1, process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
 PythonChildResult runWithBase(const QString &baseFolder, const QString &statements)
@@ -377,13 +390,14 @@ void tst_pythonStartup::baseFolderIsUtf8InAnyLocale()
 
     PythonChild child;
     child.environment.insert(QStringLiteral("OX_BASE_DIR"), base);
-    child.environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
-    const PythonChildResult result = child.run(QStringLiteral("import helper\n"
-                                                              "print helper.__file__\n"
-                                                              "print sys.executable\n"));
-    QCOMPARE(result.standardError, QByteArray());
+    const PythonChildResult result = runHost(child.environment,
+                                             {latin1HostRunsOption,
+                                              QStringLiteral("import helper\n"
+                                                             "print helper.__file__\n"
+                                                             "print sys.executable\n")});
     QCOMPARE(result.standardOutput,
-             bindingLine + info(base.toUtf8() + "/lib/python/helper.py") + info(base.toUtf8() + "/bin/python2.7"));
+             bindingLine + info(base.toUtf8() + "/lib/python/helper.py") + info(base.toUtf8() + "/bin/python2.7")
+                 + info("goes on"));
 }
 
 // The machine's own.
@@ -481,15 +495,11 @@ void tst_pythonStartup::exitInCodeOfTheHostEndsTheProcess()
     QFETCH(QByteArray, lastError);
 
     const PythonChild child;
-    QProcess process;
-    process.setProcessEnvironment(child.environment);
-    process.start(QCoreApplication::applicationFilePath(), QStringList(hostRunsOption) + code);
-    QVERIFY(process.waitForFinished(120000));
-    const QByteArray errors = process.readAllStandardError();
-    QVERIFY2(lastError.isEmpty() || errors.endsWith("python error: '" + lastError + "'\n"), errors);
-    QCOMPARE(process.readAllStandardOutput(), bindingLine + output);
-    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(process.exitCode(), exitCode);
+    const PythonChildResult result = runHost(child.environment, QStringList(hostRunsOption) + code);
+    QVERIFY2(lastError.isEmpty() || result.standardError.endsWith("python error: '" + lastError + "'\n"),
+             result.standardError);
+    QCOMPARE(result.standardOutput, bindingLine + output);
+    QCOMPARE(result.exitCode, exitCode);
 }
 
 void tst_pythonStartup::processEndsWithPythonObjectsAlive()
@@ -516,7 +526,7 @@ int main(int argc, char *argv[])
 {
     const QApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.value(1) == hostRunsOption)
+    if (arguments.value(1) == hostRunsOption || arguments.value(1) == latin1HostRunsOption)
         return hostMain(arguments);
     if (PythonChild::isOne(arguments))
         return PythonChild::main(arguments);
