@@ -335,6 +335,7 @@ void tst_pythonStartup::executableIsAnInterpreterThatFits_data()
     add("search path", {found}, {}, "second/python2.7");
     add("first of the search path", {"first/python2.7", found}, {}, "first/python2.7");
     add("none", {}, {}, "");
+    add("what Python takes for its own program", {"first/PythonQt"}, {}, "");
     add("file that is no program", {own, found}, {base}, "own/bin/python2.7");
     add("file that is no program on the search path", {found}, {"first/python2.7"}, "second/python2.7");
     add("folder", {"base/bin/python2.7/python2.7", own}, {}, "own/bin/python2.7");
