@@ -10,10 +10,10 @@ class MainProcess
 {
 public:
     /// Returns when it listens.
-    explicit MainProcess(const QUrl &address)
+    explicit MainProcess(const QUrl &address, const QStringList &options = {})
     {
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(QStringLiteral(ECHO_MAIN), {address.toString()});
+        m_process.start(QStringLiteral(ECHO_MAIN), QStringList(address.toString()) + options);
         if (!m_process.waitForReadyRead(60000))
             qFatal("%s does not listen", qPrintable(address.toString()));
         m_address = QUrl(QString::fromUtf8(m_process.readLine().trimmed()));

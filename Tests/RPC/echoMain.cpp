@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "EchoServiceMain.h"
+#include "ShapeService.h"
 #include "oxFileIOService.h"
 #include "oxQRPCServer.h"
 #include "oxdObjectManager.h"
@@ -21,9 +22,20 @@ public:
     }
 };
 
+class ShapeServiceMain : public ShapeService
+{
+public:
+    int sides(const Shape &shape) override { return shape.sides; }
+    Shape polygon(int sides) override { return {sides}; }
+    void draw(int sides) override { Q_EMIT drawn({sides}); }
+};
+
 } // namespace
 
-/// A main process of its own: echoMain address. Prints the address when it listens.
+/// A main process of its own: echoMain address [registered] [shapeProperty]. Prints the address when it listens.
+///
+/// registered     registers the type Shape
+/// shapeProperty  offers the service with a property of that type, too
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
@@ -31,12 +43,21 @@ int main(int argc, char *argv[])
     OXD_CLASSES(REGISTER)
 #undef REGISTER
 
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.contains(QLatin1String("registered")))
+        qRegisterMetaTypeStreamOperators<Shape>();
+
     EchoServiceMain echo;
     NumberedFiles files;
+    ShapeServiceMain shapes;
+    ShapeHolder holder;
     oxQRPCServer server;
     server.registerService(&echo);
     server.registerService(&files);
-    if (!server.listen(QUrl(QCoreApplication::arguments().value(1)))) {
+    server.registerService(&shapes);
+    if (arguments.contains(QLatin1String("shapeProperty")))
+        server.registerService(&holder);
+    if (!server.listen(QUrl(arguments.value(1)))) {
         fprintf(stderr, "%s\n", qPrintable(server.errorString()));
         return 1;
     }

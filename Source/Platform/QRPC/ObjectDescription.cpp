@@ -1,11 +1,15 @@
 #include "ObjectDescription.h"
 
 #include <QDataStream>
+#include <QIODevice>
 #include <QMetaObject>
+#include <QSet>
 #include <QVariant>
 #include <QVector>
 
 #include <algorithm>
+
+#include "oxStreamedTypes.h"
 
 namespace {
 
@@ -15,9 +19,10 @@ constexpr int maximumNameSize = 1000; // Qt follows the brackets of templates by
 class DescriptionReader
 {
 public:
-    DescriptionReader(QDataStream &packet, QByteArray *unknownType)
+    DescriptionReader(QDataStream &packet, QByteArray *unknownHere, QByteArray *unknownThere)
         : m_packet(packet)
-        , m_unknownType(unknownType)
+        , m_unknownHere(unknownHere)
+        , m_unknownThere(unknownThere)
     {}
 
     // In the order of the packet.
@@ -52,7 +57,7 @@ private:
             return true;
         const bool isPrintable =
             std::all_of(typeName.cbegin(), typeName.cend(), [](char c) { return c >= ' ' && c <= '~'; });
-        *m_unknownType = isPrintable ? typeName : QByteArray();
+        *m_unknownHere = isPrintable ? typeName : QByteArray();
         return false;
     }
 
@@ -129,26 +134,49 @@ private:
 
     bool readValues()
     {
+        const qint64 start = m_packet.device()->pos();
+        if (readValues(QByteArray()))
+            return true;
+        const QSet<int> types(m_propertyTypes.cbegin(), m_propertyTypes.cend());
+        for (const int type : types) {
+            if (type < QMetaType::User)
+                continue;
+            const QByteArray name = QMetaType::typeName(type);
+            m_packet.resetStatus();
+            m_packet.device()->seek(start);
+            if (!oxStreamedTypes::isStreamable(type))
+                *m_unknownHere = name;
+            else if (readValues(name))
+                *m_unknownThere = name;
+        }
+        return false;
+    }
+
+    // Those of the type valueless are without a value, as from a process that has not registered it.
+    bool readValues(const QByteArray &valueless)
+    {
         const int count = int(next<quint32>());
         if (count != m_propertyTypes.size())
             return false;
         for (const int type : qAsConst(m_propertyTypes)) {
-            const auto value = next<QVariant>();
+            const QVariant value =
+                valueless.isEmpty() ? next<QVariant>() : oxStreamedTypes::readVariant(m_packet, valueless);
             if (type != QMetaType::QVariant && value.userType() != type)
                 return false;
         }
-        return m_packet.status() == QDataStream::Ok;
+        return m_packet.status() == QDataStream::Ok && m_packet.atEnd();
     }
 
     QDataStream &m_packet;
-    QByteArray *m_unknownType;
+    QByteArray *m_unknownHere;
+    QByteArray *m_unknownThere;
     int m_memberCount = 0;
     QVector<int> m_propertyTypes;
 };
 
 } // namespace
 
-bool isObjectDescription(QDataStream &packet, QByteArray *unknownType)
+bool isObjectDescription(QDataStream &packet, QByteArray *unknownHere, QByteArray *unknownThere)
 {
-    return DescriptionReader(packet, unknownType).read();
+    return DescriptionReader(packet, unknownHere, unknownThere).read();
 }

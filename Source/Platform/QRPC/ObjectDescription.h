@@ -10,5 +10,6 @@ class QDataStream;
 /// Limits: 10,000 signals, methods and properties, names of 1,000 bytes. Types of properties, and
 /// types with a meta-object of their own, have to be known here; enumerations do not travel.
 ///
-/// @param unknownType gets the name of a type that is not known here, where that is what is wrong
-bool isObjectDescription(QDataStream &packet, QByteArray *unknownType);
+/// @param unknownHere  gets the name of a type that is not registered here, where that is what is wrong
+/// @param unknownThere the same for one that the other process has not registered: it knows no value of it
+bool isObjectDescription(QDataStream &packet, QByteArray *unknownHere, QByteArray *unknownThere);

@@ -72,16 +72,25 @@ bool isMethod(const QMetaObject *object, int index)
     return index >= 0 && index < object->methodCount() - object->methodOffset();
 }
 
-bool isSignal(QDataStream &packet, const QObject *replica)
+bool isSignal(QDataStream &packet, const QObject *replica, QByteArray *unknownHere, QByteArray *unknownThere)
 {
+    const qint64 start = packet.device()->pos();
     const oxCallPacket call(packet);
     if (!replica)
         return true;
     const QMetaObject *object = replica->metaObject();
-    if (!isMethod(object, call.index) || (call.property != -1 && !isProperty(object, call.property)))
+    if (!isMethod(object, call.index))
         return false;
     const QMetaMethod method = object->method(object->methodOffset() + call.index);
-    return method.methodType() == QMetaMethod::Signal && call.isCallOf(method, true);
+    if (method.methodType() != QMetaMethod::Signal)
+        return false;
+    const bool isWhole = packet.status() == QDataStream::Ok && packet.atEnd();
+    if (isWhole && (call.property == -1 || isProperty(object, call.property)) && call.isCallOf(method, true))
+        return true;
+    *unknownHere = oxCallPacket::typeUnknownHere(method);
+    if (unknownHere->isEmpty())
+        *unknownThere = oxCallPacket::typeUnknownThere(method, packet, start);
+    return false;
 }
 
 bool isPropertyChange(QDataStream &packet, const QObject *replica)
@@ -257,9 +266,9 @@ bool oxQRPCClient::isPermittedForObject(quint16 type, QDataStream &packet)
     case oxPacketGate::Pong:
         return true;
     case oxPacketGate::InitDynamic: // a second one would change the object under those who are connected to it
-        return !(replica && replica->isInitialized()) && isObjectDescription(packet, &m_unknownType);
+        return !(replica && replica->isInitialized()) && isObjectDescription(packet, &m_unknownHere, &m_unknownThere);
     case oxPacketGate::Invoke:
-        return isSignal(packet, replica);
+        return isSignal(packet, replica, &m_unknownHere, &m_unknownThere);
     case oxPacketGate::InvokeReply:
         packet >> m_answerSerial >> m_answer;
         return true;
@@ -287,7 +296,8 @@ void oxQRPCClient::startSession()
     QIODevice *socket = m_socket;
     socket->disconnect(this);
     m_node = std::make_unique<QRemoteObjectNode>();
-    m_unknownType.clear();
+    m_unknownHere.clear();
+    m_unknownThere.clear();
     const auto check = [this](quint16 type, QDataStream &packet) {
         if (!isPermitted(type, packet))
             return oxPacketGate::Verdict::Refuse;
@@ -343,16 +353,23 @@ void oxQRPCClient::retry()
 {
     if (m_gate && m_gate->hasRefused() && !m_hasComplained) {
         m_hasComplained = true;
-        if (m_unknownType.isEmpty())
-            fprintf(stderr, "oxQRPCClient: what answers at %s is no main process\n", qPrintable(m_address.toString()));
-        else
-            fprintf(stderr, "oxQRPCClient: what answers at %s offers a service with the type '%s': register it here\n",
-                    qPrintable(m_address.toString()), m_unknownType.constData());
+        fprintf(stderr, "oxQRPCClient: what answers at %s %s\n", qPrintable(m_address.toString()),
+                reasonOfRefusal().constData());
     }
     if (m_gate && m_gate->hasOverflowed())
         fprintf(stderr, "oxQRPCClient: the main process does not read what it is sent, the connection was ended\n");
     m_retry.start(retryInterval);
     loseConnection();
+}
+
+QByteArray oxQRPCClient::reasonOfRefusal() const
+{
+    if (!m_unknownHere.isEmpty())
+        return "offers a service with the type '" + m_unknownHere + "': register it here";
+    if (!m_unknownThere.isEmpty())
+        return "offers a service with the type '" + m_unknownThere
+            + "', which it has not registered: register it there";
+    return "is no main process";
 }
 
 void oxQRPCClient::loseConnection()

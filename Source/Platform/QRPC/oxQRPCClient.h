@@ -33,7 +33,9 @@ struct oxEmission;
 /// connectToHost(): "oxQRPCClient: what answers at local:name is no main process", or, where a service
 /// has properties of a type that is not registered here, or works with values of a class with Q_GADGET
 /// that is not: "oxQRPCClient: what answers at local:name offers a service with the type 'Shape':
-/// register it here".
+/// register it here". Where it is the main process that has not registered the type of a property, or of
+/// a signal's argument: "… offers a service with the type 'Shape', which it has not registered: register it
+/// there".
 ///
 /// A main process that leaves 256 MB of calls unread is connected to anew, and the calls are lost:
 /// "oxQRPCClient: the main process does not read what it is sent, the connection was ended".
@@ -131,6 +133,7 @@ private:
     void updateConnected();
     void announceConnection();
     void retry();
+    QByteArray reasonOfRefusal() const;
     void loseConnection();
     void forget(QObject *service);
     void receive(const oxEmission &emission);
@@ -153,7 +156,8 @@ private:
     qint32 m_lastSerial = 0;   // of a call
     qint32 m_answerSerial = 0; // of the answer that was taken
     QVariant m_answer;
-    QByteArray m_unknownType; // of the description that was refused for it
+    QByteArray m_unknownHere;  // the type that is not registered, where a packet was refused for it
+    QByteArray m_unknownThere; // the same for one that the main process has not registered
     int m_callTimeout = 30000;
     bool m_isConnected = false;
     bool m_hasComplained = false;

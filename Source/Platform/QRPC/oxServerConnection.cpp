@@ -22,7 +22,7 @@ oxServerConnection::oxServerConnection(QIODevice *socket, oxServiceList *list, c
     connect(&m_gate, &oxPacketGate::taken, this, &oxServerConnection::answer);
     connect(&m_gate, &oxPacketGate::ended, this, [this] {
         if (m_gate.hasRefused())
-            fprintf(stderr, "oxQRPCServer: what a connection sent is no call, it was ended\n");
+            fprintf(stderr, "oxQRPCServer: %s\n", reasonOfRefusal().constData());
         if (m_gate.hasOverflowed())
             fprintf(stderr, "oxQRPCServer: a connection does not read what it is sent, it was ended\n");
         deleteLater();
@@ -78,6 +78,16 @@ bool oxServerConnection::isCall() const
     return method.access() == QMetaMethod::Public && m_call.isCallOf(method);
 }
 
+QByteArray oxServerConnection::reasonOfRefusal() const
+{
+    const QMetaMethod method = m_services.value(m_calledName).methods.value(m_call.index);
+    const QByteArray unknownType = oxCallPacket::typeUnknownHere(method);
+    if (unknownType.isEmpty())
+        return "what a connection sent is no call, it was ended";
+    return "a connection called " + m_calledName.toUtf8() + "::" + method.methodSignature()
+        + ", it was ended: register the type '" + unknownType + "' here";
+}
+
 void oxServerConnection::answer()
 {
     oxCallPacket call = std::move(m_call);
@@ -92,6 +102,9 @@ void oxServerConnection::answer()
     for (QVariant &argument : call.arguments)
         arguments.append(argument.data());
     QMetaObject::metacall(service.object, QMetaObject::InvokeMetaMethod, method.methodIndex(), arguments.data());
+    // Without a value the caller is told which one is missing; the name of its type alone would end the connection.
+    if (hasResult && !oxStreamedTypes::isStreamable(method.returnType()))
+        result.clear();
     if (call.serial >= 0)
         m_gate.send(oxPacketGate::InvokeReply, name, call.serial, result);
 }

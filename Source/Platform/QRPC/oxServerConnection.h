@@ -36,6 +36,7 @@ private:
 
     oxPacketGate::Verdict verdict(quint16 type, QDataStream &packet);
     bool isCall() const;
+    QByteArray reasonOfRefusal() const;
     void answer();
 
     oxPacketGate m_gate;
