@@ -8,7 +8,8 @@
 # PythonQt::QtAll      its wrappers of Qt; links PythonQt::PythonQt
 # PythonQt_VERSION     when the file name of the library tells it
 #
-# Fits what the recipe in ThirdParty/PythonQt installs, and PythonQt 3 built for Python 2.7.
+# Fits what the recipe in ThirdParty/PythonQt installs. It also knows the names that PythonQt 3's own build gives its
+# files; that has not been tried.
 
 include(FindPackageHandleStandardArgs)
 
@@ -35,10 +36,12 @@ endif()
 find_package(Python2 2.7 QUIET COMPONENTS Development)
 find_package(Qt5 5.15 QUIET COMPONENTS Core Gui Widgets)
 
-if(PythonQt_ROOT)
-  set(_pythonqt_advice "PythonQt_ROOT is ${PythonQt_ROOT}: set it to the folder where PythonQt is installed for Python 2.7 and Qt 5, or run tools/setup, which builds PythonQt")
+if(PythonQt_LIBRARY AND NOT Python2_Development_FOUND)
+  set(_pythonqt_advice "Install the headers and the library of Python 2.7; tools/setup in the sources of KernelServicesRemoteImpl does that")
+elseif(PythonQt_ROOT)
+  set(_pythonqt_advice "PythonQt_ROOT is ${PythonQt_ROOT}: set it to the folder where PythonQt is installed for Python 2.7 and Qt 5, or run tools/setup in the sources of KernelServicesRemoteImpl, which builds PythonQt")
 else()
-  set(_pythonqt_advice "Run tools/setup, which builds PythonQt, or set PythonQt_ROOT to the folder where it is installed")
+  set(_pythonqt_advice "Run tools/setup in the sources of KernelServicesRemoteImpl, which builds PythonQt, or set PythonQt_ROOT to the folder where it is installed")
 endif()
 find_package_handle_standard_args(PythonQt
   REQUIRED_VARS PythonQt_LIBRARY PythonQt_INCLUDE_DIR PythonQt_QtAll_LIBRARY PythonQt_QtAll_INCLUDE_DIR

@@ -1,4 +1,6 @@
-// Loads the script plugins of the folder OX_PLUGINS_DIR, twice, and shows the module "Hello".
+// Loads the script plugins of the folder OX_PLUGINS_DIR, twice, shows the module "Hello" and runs Python code of its own.
+
+#include <PythonQt.h> // before any header of Qt, as Python's own headers ask for
 
 #include <QAction>
 #include <QApplication>
@@ -9,6 +11,22 @@
 #include <oxKernelServiceFactory.h>
 #include <oxMainWindowService.h>
 #include <oxQRPCClient.h>
+
+namespace {
+
+// Whether Python computes, and reaches this process through PythonQt's wrappers.
+bool pythonWorks(QMainWindow *window)
+{
+    PythonQtObjectPtr *python = oxKernelInterface::the()->getPythonEngine();
+    const PyGILState_STATE state = PyGILState_Ensure();
+    python->addObject(QStringLiteral("window"), window);
+    python->evalScript(QStringLiteral("window.windowTitle = 'Answer: %d' % (6 * 7)"));
+    const int answer = python->evalScript(QStringLiteral("6 * 7"), Py_eval_input).toInt();
+    PyGILState_Release(state);
+    return answer == 42 && window->windowTitle() == QLatin1String("Answer: 42");
+}
+
+} // namespace
 
 int main(int argc, char **argv)
 {
@@ -28,5 +46,5 @@ int main(int argc, char **argv)
 
     mainWindow->showModule(QStringLiteral("Hello"));
     const QWidget *module = mainWindow->getModule(QStringLiteral("Hello"));
-    return module && module->isVisible() ? 0 : 1;
+    return module && module->isVisible() && pythonWorks(&window) ? 0 : 1;
 }
