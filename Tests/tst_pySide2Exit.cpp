@@ -4,6 +4,8 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDir>
+#include <QMenu>
 #include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
@@ -23,11 +25,17 @@ class tst_pySide2Exit : public QObject
 private Q_SLOTS:
     void endIsClean_data();
     void endIsClean();
+    void endWithGraphicsIsClean_data();
+    void endWithGraphicsIsClean();
+
+private:
+    static void checkChild(const QStringList &arguments);
 };
 
 namespace {
 
 const QString childOption = QStringLiteral("--child");
+const QDir fixtures(QStringLiteral(FIXTURES "/Graphics"));
 
 void press(const char *key)
 {
@@ -93,18 +101,21 @@ void writePlugins(const PluginHost &host)
                "everything = QApplication.allWidgets()\n");
 }
 
-// Shows both panels, does what the way says, and ends in main().
-int runChild(int argc, char *argv[], const QString &way)
+// Loads the plugins twice, shows their panels, does what the way says, and ends in main().
+int runChild(int argc, char *argv[], const QString &way, const QString &fixture)
 {
     auto *application = new QApplication(argc, argv);
     auto *host = new PluginHost;
     PluginHost::run(QStringLiteral("sys.path[:0] = ['" PYSIDE2_DIR "', '" SOURCE_DIR "/Share/lib/python']"));
-    writePlugins(*host);
+    if (fixture.isEmpty())
+        writePlugins(*host);
+    else
+        QFile::copy(fixtures.filePath(fixture), host->scripts() + QLatin1Char('/') + fixture);
     host->scan();
     host->scan();
     host->window.show();
-    host->entry(QStringLiteral("Side"))->trigger();
-    host->entry(QStringLiteral("Other"))->trigger();
+    for (QAction *entry : host->menu(QStringLiteral("Scripts"))->actions())
+        entry->trigger();
 
     QTimer::singleShot(50, application, [&way, host] {
         if (way == QLatin1String("dialog of PySide2 is open"))
@@ -153,8 +164,32 @@ void tst_pySide2Exit::endIsClean_data()
 void tst_pySide2Exit::endIsClean()
 {
     QFETCH(QString, way);
+    checkChild({way});
+}
+
+void tst_pySide2Exit::endWithGraphicsIsClean_data()
+{
+    QTest::addColumn<QString>("fixture");
+    QTest::addColumn<QString>("way");
+    for (const QString &fixture : fixtures.entryList({QStringLiteral("*.py")}, QDir::Files)) {
+        for (const char *way : {"window, then application", "only the application is deleted", "exit in the loop"}) {
+            const QByteArray name = QFileInfo(fixture).baseName().toUtf8() + ", " + way;
+            QTest::newRow(name) << fixture << QString::fromLatin1(way);
+        }
+    }
+}
+
+void tst_pySide2Exit::endWithGraphicsIsClean()
+{
+    QFETCH(QString, fixture);
+    QFETCH(QString, way);
+    checkChild({way, fixture});
+}
+
+void tst_pySide2Exit::checkChild(const QStringList &arguments)
+{
     QProcess child;
-    child.start(QCoreApplication::applicationFilePath(), {childOption, way});
+    child.start(QCoreApplication::applicationFilePath(), QStringList{childOption} + arguments);
     QVERIFY(child.waitForFinished(60000));
     QByteArray errors;
     for (const QByteArray &line : child.readAllStandardError().split('\n')) {
@@ -168,8 +203,8 @@ void tst_pySide2Exit::endIsClean()
 
 int main(int argc, char *argv[])
 {
-    if (argc == 3 && argv[1] == childOption)
-        return runChild(argc, argv, QString::fromLatin1(argv[2]));
+    if (argc > 2 && argv[1] == childOption)
+        return runChild(argc, argv, QString::fromLatin1(argv[2]), QString::fromLatin1(argc > 3 ? argv[3] : ""));
     const QCoreApplication application(argc, argv);
     tst_pySide2Exit test;
     return QTest::qExec(&test, argc, argv);

@@ -28,6 +28,9 @@ private Q_SLOTS:
     void formFillsEachOfManyPanels();
     void baseIsTheClassOfTheTopWidget_data();
     void baseIsTheClassOfTheTopWidget();
+    void objectMayHaveTheNameOfAMember_data();
+    void objectMayHaveTheNameOfAMember();
+    void memberThatAnObjectHidesIsStillThere();
     void relativeFileIsFoundAfterTheFolderChanged();
     void badFilesGiveOneClearError_data();
     void badFilesGiveOneClearError();
@@ -167,6 +170,31 @@ void tst_uiToolsPySide2::baseIsTheClassOfTheTopWidget()
     QCOMPARE(value("Base.__name__").toByteArray(), topWidget);
     QCOMPARE(value("Form.__name__").toByteArray(), "Ui_" + topWidget);
     QVERIFY(!m_host->dock(QStringLiteral("Panel"))->widget()->layout()->isEmpty());
+}
+
+void tst_uiToolsPySide2::objectMayHaveTheNameOfAMember_data()
+{
+    addNamesOfMembers();
+}
+
+void tst_uiToolsPySide2::objectMayHaveTheNameOfAMember()
+{
+    QFETCH(QByteArray, name);
+    m_host->write(QStringLiteral("panel.ui"), formWithButton(name));
+    const Output output = load(panel + "panel = Panel()\nTARNPluginWidget.layout().addWidget(panel)\n");
+    QCOMPARE(output.standardError, QByteArray());
+    QCOMPARE(value("type(panel." + name + ").__name__").toString(), QStringLiteral("QPushButton"));
+    QCOMPARE(value("panel." + name + ".objectName()").toByteArray(), name);
+}
+
+void tst_uiToolsPySide2::memberThatAnObjectHidesIsStillThere()
+{
+    m_host->write(QStringLiteral("panel.ui"), formWithButton("accept"));
+    load(panel + "panel = Panel()\nTARNPluginWidget.layout().addWidget(panel)\n");
+    auto *dialog = m_host->dock(QStringLiteral("Panel"))->widget()->findChild<QDialog *>();
+    QCOMPARE(outputOf([dialog] { dialog->accept(); }).standardError, QByteArray());
+    QCOMPARE(dialog->result(), int(QDialog::Accepted));
+    QCOMPARE(value("Base.accept(panel)"), QVariant());
 }
 
 void tst_uiToolsPySide2::relativeFileIsFoundAfterTheFolderChanged()

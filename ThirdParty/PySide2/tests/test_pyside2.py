@@ -17,10 +17,10 @@ sys.path.insert(0, SITE_PACKAGES)
 
 import PySide2
 import shiboken2
-from PySide2.QtCore import QObject, QTimer, Signal, Slot, qVersion
+from PySide2.QtCore import QMetaObject, QObject, QTimer, Signal, Slot, qVersion
 from PySide2.QtGui import QColor, QPainter
 from PySide2.QtUiTools import QUiLoader
-from PySide2.QtWidgets import QApplication, QPushButton, QWidget
+from PySide2.QtWidgets import QApplication, QDialog, QPushButton, QWidget
 from PySide2.QtXml import QDomDocument
 
 
@@ -192,6 +192,41 @@ class Fixes(unittest.TestCase):
         output, errors = process.communicate()
         self.assertEqual(errors, 4 * "refused\n")
         self.assertEqual(output, "")
+
+    # In a process that embeds Python, nothing finalizes the interpreter.
+    def test_exitWithoutFinalizationDeletesNothing(self):
+        script = textwrap.dedent("""\
+            import ctypes, sys
+            sys.path.insert(0, %r)
+            from PySide2.QtWidgets import QApplication, QPushButton, QWidget
+
+            class Child(QPushButton):
+                def __del__(self):
+                    sys.stdout.write("deleted\\n")
+
+            def connect(button):
+                window = Child()
+                button.clicked.connect(lambda: window)
+
+            application = QApplication([])
+            parent = QWidget()
+            Child(parent)
+            button = QPushButton()
+            connect(button)
+            sys.stdout.write("ends\\n")
+            sys.stdout.flush()
+            ctypes.CDLL(None).exit(0)""" % SITE_PACKAGES)
+        process = subprocess.Popen([sys.executable, "-B", "-E", "-s", "-c", script],
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        output, errors = process.communicate()
+        self.assertEqual(output, "ends\n")
+        self.assertEqual(process.returncode, 0, errors)
+
+    def test_attributeThatIsNoFunctionOverridesNothing(self):
+        dialog = QDialog()
+        dialog.accept = QPushButton(dialog)
+        QMetaObject.invokeMethod(dialog, "accept")
+        self.assertEqual(dialog.result(), QDialog.Accepted)
 
     def test_registeredClassLivesOn(self):
         class Temporary(QWidget):
