@@ -3,6 +3,9 @@
 #include <QByteArray>
 #include <QTest>
 
+#include <cerrno>
+#include <cstring>
+
 /// The text of a file of Qt Designer: a form with a button, a box and a label in that, each named
 /// after what it is.
 ///
@@ -49,7 +52,7 @@ inline void addBadDesignerFiles(const QByteArray &module)
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QByteArray>("error");
 
-    QTest::newRow("missing") << QByteArray() << QByteArray("IOError: [Errno 2] No such file or directory: '%1'");
+    QTest::newRow("missing") << QByteArray() << "IOError: [Errno 2] " + QByteArray(strerror(ENOENT)) + ": '%1'";
     QTest::newRow("not XML") << QByteArray("panel\n")
                              << QByteArray("ValueError: %1: no Designer file: syntax error: line 1, column 0");
     QTest::newRow("other XML") << QByteArray("<html/>\n")
