@@ -13,7 +13,6 @@ run=0 runs='' failed_runs=0
 rm -rf "$logs"
 mkdir -p "$logs/locales"
 localedef -i de_DE -f ISO-8859-1 "$logs/locales/de_DE.ISO-8859-1"
-export LOCPATH=$PWD/$logs/locales
 runtime_dir=$(mktemp -d) # not in the build tree, as a socket's path must be short
 
 loops=()
@@ -29,20 +28,21 @@ keep_busy() {
 
 # run_tests VARIATION WHAT [ctest arguments]: runs ctest once, in one of six environments.
 run_tests() {
-  local variation=$1 what=$2 locale log
+  local variation=$1 what=$2 locale environment log
   shift 2
   locale=${locales[variation % 3]}
-  export LC_ALL=$locale XDG_RUNTIME_DIR=$runtime_dir
+  environment=("LC_ALL=$locale" "LOCPATH=$PWD/$logs/locales" "XDG_RUNTIME_DIR=$runtime_dir")
   what+=", LC_ALL=$locale, XDG_RUNTIME_DIR set"
   if ((variation % 2)); then
-    unset XDG_RUNTIME_DIR
+    environment=(-u XDG_RUNTIME_DIR "${environment[@]:0:2}")
     what=${what%set}unset
   fi
   run=$((run + 1))
   log=$logs/$(printf '%05d' "$run").log
   printf '%d%s: %s: ' "$run" "${runs:+ of $runs}" "$what"
   printf '%s\n\n' "$what" >"$log"
-  if ctest --test-dir "build/$preset" --output-on-failure --no-tests=error -j 2 "${arguments[@]}" "$@" >>"$log" 2>&1; then
+  if env "${environment[@]}" \
+    ctest --test-dir "build/$preset" --output-on-failure --no-tests=error -j 2 "${arguments[@]}" "$@" >>"$log" 2>&1; then
     printf 'passed\n'
   else
     printf 'FAILED, see %s\n' "$log"
