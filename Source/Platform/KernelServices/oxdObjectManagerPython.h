@@ -89,7 +89,7 @@ inline Item fetch(PyObject *sequence, Py_ssize_t index)
 inline Py_ssize_t mostObjects()
 {
     constexpr qint64 bytesPerObject = 256; // with what QObject keeps of each
-    const qint64 bytes = qint64(sysconf(_SC_PHYS_PAGES)) * sysconf(_SC_PAGE_SIZE);
+    static const qint64 bytes = qint64(sysconf(_SC_PHYS_PAGES)) * sysconf(_SC_PAGE_SIZE);
     return Py_ssize_t(std::min<qint64>(bytes / bytesPerObject, std::numeric_limits<int>::max()));
 }
 
