@@ -111,6 +111,7 @@ private Q_SLOTS:
     void lateReaderGetsTheLastFrame();
     void pixelsAreWrittenOverTheOldOnes();
     void copyOfAFrameKeepsItsPixels();
+    void imageOfAnotherFormatIsReplaced();
 
     void writerNeedsMemory();
     void writerNeedsASensibleSize();
@@ -120,8 +121,11 @@ private Q_SLOTS:
     void readerKeepsTheLastFrameOfAWriterThatIsGone();
     void lastOneOutRemovesTheMemory();
     void othersHaveNoAccess();
+    void childrenDoNotInheritIt();
     void nobodyCanCutItOff();
 
+    void frameIsReadThoughTheWriterIsQuicker();
+    void frameThatIsBeingReplacedIsNotTaken();
     void framesOfAFastWriterAreWhole();
     void writerThatStopsInAFrameKeepsNobodyWaiting();
     void killedWriterLeavesNoMemory_data();
@@ -236,6 +240,8 @@ void tst_oxFrameMemory::frameWithoutRoomIsRefused_data()
     QTest::newRow("too large") << QSize(641, 481) << false;
     QTest::newRow("empty") << QSize(0, 10) << false;
     QTest::newRow("negative") << QSize(-10, -10) << false;
+    QTest::newRow("wider than any frame") << QSize(0x8000, 1) << false;
+    QTest::newRow("higher than any frame") << QSize(1, 0x8000) << false;
     QTest::newRow("beyond an int") << QSize(0x7fffffff, 0x7fffffff) << false;
 }
 
@@ -296,6 +302,21 @@ void tst_oxFrameMemory::copyOfAFrameKeepsItsPixels()
     QVERIFY(isFilledWith(frame, 2));
 }
 
+void tst_oxFrameMemory::imageOfAnotherFormatIsReplaced()
+{
+    oxFrameWriter writer;
+    QVERIFY(writer.open(largest));
+    oxFrameReader reader;
+    QVERIFY(reader.attach(writer.name()));
+    for (const QImage::Format format : {QImage::Format_Grayscale8, QImage::Format_ARGB32, QImage::Format_RGBA64}) {
+        writeFrame(&writer, largest, 0x123456);
+        QImage frame(largest, format);
+        QVERIFY(reader.read(&frame));
+        QCOMPARE(frame.format(), QImage::Format_RGB32);
+        QVERIFY(isFilledWith(frame, 0x123456));
+    }
+}
+
 void tst_oxFrameMemory::writerNeedsMemory()
 {
     rlimit before;
@@ -322,6 +343,8 @@ void tst_oxFrameMemory::writerNeedsASensibleSize()
     QVERIFY(!writer.open(QSize(0, 0)));
     QVERIFY(!writer.open(QSize(0x7fff, 0x7fff)));
     QCOMPARE(writer.errorString(), QStringLiteral("no memory holds frames of 32767x32767"));
+    QVERIFY(!writer.open(QSize(20000, 20000))); // one would have room, two have not
+    QCOMPARE(writer.errorString(), QStringLiteral("no memory holds frames of 20000x20000"));
     QCOMPARE(writer.name(), QString());
 }
 
@@ -360,6 +383,11 @@ void tst_oxFrameMemory::readerNeedsAWriter()
         QVERIFY(!reader.read(&frame));
     }
     QVERIFY(frame.isNull());
+
+    oxFrameWriter writer;
+    QVERIFY(writer.open(largest));
+    QVERIFY(reader.attach(writer.name()));
+    QCOMPARE(reader.errorString(), QString());
 }
 
 void tst_oxFrameMemory::readerThatAttachesElsewhereStartsAnew()
@@ -444,6 +472,21 @@ void tst_oxFrameMemory::othersHaveNoAccess()
     QCOMPARE(status.st_uid, getuid());
 }
 
+// A program that the process starts would keep the memory of one that ended long ago.
+void tst_oxFrameMemory::childrenDoNotInheritIt()
+{
+    oxFrameWriter writer;
+    QVERIFY(writer.open(largest));
+    oxFrameReader reader;
+    QVERIFY(reader.attach(writer.name()));
+    QProcess child;
+    child.start(QStringLiteral("ls"), {QStringLiteral("-l"), QStringLiteral("/proc/self/fd")});
+    QVERIFY(child.waitForFinished(60000));
+    const QByteArray files = child.readAllStandardOutput();
+    QVERIFY(files.contains("0 -> "));
+    QVERIFY2(!files.contains("oxFrames"), files);
+}
+
 // A reader would be killed that reads beyond the new end.
 void tst_oxFrameMemory::nobodyCanCutItOff()
 {
@@ -455,6 +498,46 @@ void tst_oxFrameMemory::nobodyCanCutItOff()
     QVERIFY(!other.resize(0));
     QVERIFY(!other.resize(2 * size));
     QCOMPARE(other.size(), size);
+}
+
+// It replaces the frame, and the one after it, while the reader makes room for a copy.
+void tst_oxFrameMemory::frameIsReadThoughTheWriterIsQuicker()
+{
+    oxFrameWriter writer;
+    QVERIFY(writer.open(largest));
+    oxFrameReader reader;
+    QVERIFY(reader.attach(writer.name()));
+    writeFrame(&writer, largest, 1);
+
+    const auto writeTwo = [](void *data) {
+        for (quint32 value : {2, 3})
+            writeFrame(static_cast<oxFrameWriter *>(data), largest, value);
+    };
+    quint32 pixelOfAnother = 0;
+    QImage frame(reinterpret_cast<uchar *>(&pixelOfAnother), 1, 1, QImage::Format_RGB32, writeTwo, &writer);
+    QVERIFY(reader.read(&frame));
+    QVERIFY(isFilledWith(frame, 3));
+    QVERIFY(!reader.read(&frame));
+}
+
+// The writer is in the middle of the frame after the next one, which takes its place.
+void tst_oxFrameMemory::frameThatIsBeingReplacedIsNotTaken()
+{
+    oxFrameWriter writer;
+    QVERIFY(writer.open(largest));
+    oxFrameReader reader;
+    QVERIFY(reader.attach(writer.name()));
+    writeFrame(&writer, largest, 1);
+
+    const auto writeOneAndAHalf = [](void *data) {
+        auto *other = static_cast<oxFrameWriter *>(data);
+        writeFrame(other, largest, 2);
+        std::memset(other->begin(largest), 0x77, 1000);
+    };
+    quint32 pixelOfAnother = 0;
+    QImage frame(reinterpret_cast<uchar *>(&pixelOfAnother), 1, 1, QImage::Format_RGB32, writeOneAndAHalf, &writer);
+    QVERIFY(reader.read(&frame));
+    QVERIFY(isFilledWith(frame, 2));
 }
 
 // The colour changes from frame to frame, so that one made of two shows; so does the size.
