@@ -29,6 +29,7 @@ public:
     int applied = 0;
     int defaulted = 0;
     int read = 0;
+    int shown = 0;
     std::function<void()> whenTold;
 
 public Q_SLOTS:
@@ -42,6 +43,9 @@ public Q_SLOTS:
 
 public:
     Q_INVOKABLE void readValues() { ++read; }
+
+protected:
+    void showEvent(QShowEvent *) override { ++shown; }
 };
 
 /// Notes whether a widget is put into another one.
@@ -158,6 +162,7 @@ private Q_SLOTS:
     void dialogWithoutPagesSaysSo();
     void dialogIsOverTheWindow();
     void openDialogIsRaisedInsteadOfASecondOne();
+    void openDialogComesToTheFront();
     void openDialogFollowsAddedAndRemovedPages();
     void pageAddedAgainIsRenamedAndLast();
     void pageDeletedByItsOwnerLeavesTheDialog();
@@ -169,6 +174,7 @@ private Q_SLOTS:
     void pageWhoseParentHasGoneIsNotGivenBack_data();
     void pageWhoseParentHasGoneIsNotGivenBack();
     void pageMayBeTakenElsewhere();
+    void closingShowsNoOtherPage();
     void closedDialogOpensAgain();
     void okAppliesSavesAndCloses();
     void applyAppliesAndSaves();
@@ -382,9 +388,11 @@ void tst_oxPreferencesService::pagesAreToldByName()
 {
     Page view;
     Page sameName;
+    Page viewer;
     Page paths;
     m_service->preferencesAdd(QStringLiteral("View"), QString(), &view);
     m_service->preferencesAdd(QStringLiteral("View"), QString(), &sameName);
+    m_service->preferencesAdd(QStringLiteral("Viewer"), QString(), &viewer);
     m_service->preferencesAdd(QStringLiteral("Paths"), QString(), &paths);
     m_service->applyChanges(QStringLiteral("View"));
     m_service->setDefault(QStringLiteral("View"));
@@ -394,6 +402,7 @@ void tst_oxPreferencesService::pagesAreToldByName()
         QCOMPARE(page->applied, 1);
         QCOMPARE(page->defaulted, 1);
     }
+    QCOMPARE(viewer.applied + viewer.defaulted, 0);
     QCOMPARE(paths.applied + paths.defaulted, 0);
 }
 
@@ -522,12 +531,14 @@ void tst_oxPreferencesService::dialogWithoutPagesSaysSo()
     QVERIFY(label->isVisible());
     QVERIFY(!tabs()->isVisible());
     QVERIFY(!button(QDialogButtonBox::Apply)->isEnabled());
+    QVERIFY(!button(QDialogButtonBox::RestoreDefaults)->isEnabled());
 
     Page page;
     m_service->preferencesAdd(QStringLiteral("Page"), QString(), &page);
     QVERIFY(!label->isVisible());
     QVERIFY(page.isVisible());
     QVERIFY(button(QDialogButtonBox::Apply)->isEnabled());
+    QVERIFY(button(QDialogButtonBox::RestoreDefaults)->isEnabled());
 }
 
 void tst_oxPreferencesService::dialogIsOverTheWindow()
@@ -553,6 +564,17 @@ void tst_oxPreferencesService::openDialogIsRaisedInsteadOfASecondOne()
     const auto isDialog = [](const QWidget *window) { return qobject_cast<const QDialog *>(window) != nullptr; };
     const QWidgetList windows = QApplication::topLevelWidgets();
     QCOMPARE(std::count_if(windows.begin(), windows.end(), isDialog), std::ptrdiff_t(1));
+}
+
+void tst_oxPreferencesService::openDialogComesToTheFront()
+{
+    m_service->showPreferences();
+    QMainWindow other;
+    other.show();
+    other.activateWindow();
+    QTRY_VERIFY(other.isActiveWindow());
+    m_service->showPreferences();
+    QTRY_VERIFY(openDialog()->isActiveWindow());
 }
 
 void tst_oxPreferencesService::openDialogFollowsAddedAndRemovedPages()
@@ -713,6 +735,18 @@ void tst_oxPreferencesService::pageMayBeTakenElsewhere()
     QVERIFY(titles().isEmpty());
     openDialog()->close();
     QCOMPARE(page.parentWidget(), &elsewhere);
+}
+
+void tst_oxPreferencesService::closingShowsNoOtherPage()
+{
+    Page first;
+    Page second;
+    m_service->preferencesAdd(QStringLiteral("First"), QString(), &first);
+    m_service->preferencesAdd(QStringLiteral("Second"), QString(), &second);
+    m_service->showPreferences();
+    openDialog()->close();
+    QCOMPARE(first.shown, 1);
+    QCOMPARE(second.shown, 0);
 }
 
 void tst_oxPreferencesService::closedDialogOpensAgain()
