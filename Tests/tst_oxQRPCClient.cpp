@@ -40,6 +40,8 @@ private Q_SLOTS:
     void keepsWhatWasRegisteredInOrder();
     void keepsAnObjectTwiceThatWasRegisteredTwice();
     void doesNotOwnWhatWasRegistered();
+    void addressThatIsNoneIsRefused_data();
+    void addressThatIsNoneIsRefused();
     void callWithoutConnectionGivesDefaultResultAndALine_data();
     void callWithoutConnectionGivesDefaultResultAndALine();
     void callWithoutClientGivesDefaultResultAndNoLine_data();
@@ -90,6 +92,24 @@ void tst_oxQRPCClient::doesNotOwnWhatWasRegistered()
     }
     QVERIFY(service);
     delete service;
+}
+
+void tst_oxQRPCClient::addressThatIsNoneIsRefused_data()
+{
+    QTest::addColumn<QString>("address");
+    for (const char *address :
+         {"", "name", "local:", "http://localhost:80", "tcp:", "tcp://localhost", "tcp://localhost:0"})
+        QTest::newRow(address) << QString::fromLatin1(address);
+}
+
+void tst_oxQRPCClient::addressThatIsNoneIsRefused()
+{
+    QFETCH(QString, address);
+    oxQRPCClient client;
+    bool isTaken = true;
+    const Output output = outputOf([&] { isTaken = client.connectToHost(QUrl(address)); });
+    QVERIFY(!isTaken);
+    QCOMPARE(output.standardOutput + output.standardError, QByteArray());
 }
 
 void tst_oxQRPCClient::addOperations()

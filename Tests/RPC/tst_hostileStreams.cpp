@@ -46,6 +46,19 @@ QByteArray withLength(const QByteArray &packet)
     return bytes + packet;
 }
 
+/// The index by which a call names a slot of the echo service; behind the last one where there is none.
+int slotNumber(const char *signature)
+{
+    const QMetaObject &interface = EchoService::staticMetaObject;
+    int number = 0;
+    for (int i = interface.methodOffset(); i < interface.methodCount(); ++i) {
+        if (interface.method(i).methodSignature() == signature)
+            break;
+        number += interface.method(i).methodType() != QMetaMethod::Signal;
+    }
+    return number;
+}
+
 template<class... Parts>
 QByteArray bytesOf(const Parts &...parts)
 {
@@ -73,11 +86,12 @@ constexpr quint16 invokeReply = 7;
 constexpr quint16 propertyChange = 8;
 constexpr quint16 objectList = 9;
 constexpr quint16 ping = 10;
+constexpr quint16 pong = 11;
 constexpr quint32 endless = 0x7fffffff;
 
-QByteArray callPacket(int operation, int index, const QVariantList &arguments)
+QByteArray callPacket(int operation, int index, const QVariantList &arguments, int serial = 1)
 {
-    return packet(invoke, echo, operation, index, arguments, 1, -1);
+    return packet(invoke, echo, operation, index, arguments, serial, -1);
 }
 
 QByteArray greeting()
@@ -151,6 +165,25 @@ QByteArray conversation()
     return socket.readAll();
 }
 
+/// The connection of a secondary process that sends what a test says, and a main process in this one.
+struct BareConnection
+{
+    BareConnection()
+    {
+        server.registerService(&service);
+        const QUrl address(sessionAddress().toString() + QStringLiteral("-bare"));
+        if (!server.listen(address))
+            qFatal("%s", qPrintable(server.errorString()));
+        socket.connectToServer(address.path());
+        settle();
+        socket.readAll(); // the greeting
+    }
+
+    EchoServiceMain service;
+    oxQRPCServer server;
+    QLocalSocket socket;
+};
+
 } // namespace
 
 /// Bytes that are no conversation of Qt Remote Objects, sent to either side.
@@ -165,6 +198,10 @@ private Q_SLOTS:
     void mainProcessEndsAConnectionThatIsNoCall_data();
     void mainProcessEndsAConnectionThatIsNoCall();
     void mainProcessGoesOnAfterManyKindsAtOnce();
+    void callMayComeInPieces();
+    void callThatWantsNoAnswerGetsNone();
+    void answerForOneWhoWentIsDropped();
+    void pingIsAnswered();
     void secondaryProcessGoesOn_data();
     void secondaryProcessGoesOn();
     void secondaryProcessTakesARightDescription();
@@ -251,12 +288,14 @@ void tst_hostileStreams::mainProcessEndsAConnectionThatIsNoCall_data()
     QTest::newRow("argument of another type") << callPacket(call, 1, {42});
     QTest::newRow("argument of no type") << callPacket(call, 1, {QVariant()});
     QTest::newRow("negative index") << callPacket(call, -1, {1, 2});
+    QTest::newRow("index after the last one") << callPacket(call, slotNumber("none()"), {1, 2});
     QTest::newRow("index of none") << callPacket(call, 1000000, {1, 2});
     QTest::newRow("write of a property") << callPacket(QMetaObject::WriteProperty, 0, {1});
     QTest::newRow("other operation") << callPacket(QMetaObject::CreateInstance, 0, {1, 2});
     QTest::newRow("endless list") << packet(invoke, echo, call, 0, quint32(0x0fffffff));
     QTest::newRow("endless list as argument")
         << packet(invoke, echo, call, 3, quint32(1), quint32(QMetaType::QVariantList), false, quint32(0x0fffffff));
+    QTest::newRow("more than a call") << withLength(callPacket(call, 0, {1, 2}).mid(4) + "more");
     QTest::newRow("argument that is cut")
         << withLength(callPacket(call, 1, {QStringLiteral("text")}).mid(4).chopped(10));
     QTest::newRow("type of an argument that nobody knows")
@@ -303,6 +342,50 @@ void tst_hostileStreams::mainProcessGoesOnAfterManyKindsAtOnce()
     QVERIFY(client.connectToHost(main.address()));
     QVERIFY(client.waitForConnected(30000));
     QCOMPARE(service.sum(1, 2), 3);
+}
+
+void tst_hostileStreams::callMayComeInPieces()
+{
+    BareConnection connection;
+    const QByteArray call = callPacket(QMetaObject::InvokeMetaMethod, slotNumber("sum(int,int)"), {1, 2}, 42);
+    for (const char byte : call) {
+        QCOMPARE(connection.socket.bytesAvailable(), 0);
+        connection.socket.write(&byte, 1);
+        settle();
+    }
+    QCOMPARE(connection.socket.readAll(), packet(invokeReply, echo, 42, QVariant(3)));
+}
+
+void tst_hostileStreams::callThatWantsNoAnswerGetsNone()
+{
+    BareConnection connection;
+    QSignalSpy noted(&connection.service, &EchoService::noted);
+    connection.socket.write(callPacket(QMetaObject::InvokeMetaMethod, slotNumber("note(QString)"), {QString()}, -1));
+    settle();
+    QCOMPARE(noted.count(), 1);
+    QCOMPARE(connection.socket.readAll(), QByteArray());
+}
+
+void tst_hostileStreams::answerForOneWhoWentIsDropped()
+{
+    BareConnection connection;
+    QSignalSpy progress(&connection.service, &EchoService::progress);
+    connect(&connection.service, &EchoService::progress, &connection.socket, &QLocalSocket::abort);
+    const int slot = slotNumber("takeTime(int,bool)");
+    const Output output = outputOf([&] {
+        connection.socket.write(callPacket(QMetaObject::InvokeMetaMethod, slot, {300, true}));
+        settle();
+    });
+    QVERIFY(progress.count() > 0); // the slot ran when it went
+    QCOMPARE(output.standardError, QByteArray());
+}
+
+void tst_hostileStreams::pingIsAnswered()
+{
+    BareConnection connection;
+    connection.socket.write(packet(ping, echo));
+    settle();
+    QCOMPARE(connection.socket.readAll(), packet(pong, echo));
 }
 
 void tst_hostileStreams::secondaryProcessGoesOn_data()
@@ -428,11 +511,16 @@ void tst_hostileStreams::secondaryProcessEndsAConnectionThatIsNoMainProcess_data
             + withLength(packet(invokeReply, serviceList, 1, QVariant(QStringLiteral("a"))).mid(4).chopped(1));
     QTest::newRow("signal with the value of no property")
         << right + packet(invoke, serviceList, int(QMetaObject::InvokeMetaMethod), 1, QVariantList(), -1, 1000000);
+    QTest::newRow("signal with the value of the property after the last one")
+        << right + packet(invoke, serviceList, int(QMetaObject::InvokeMetaMethod), 1, QVariantList(), -1, 1);
     QTest::newRow("signal with the value of a negative property")
         << right + packet(invoke, serviceList, int(QMetaObject::InvokeMetaMethod), 1, QVariantList(), -1, -1000000);
+    QTest::newRow("method in place of a signal")
+        << right + packet(invoke, serviceList, int(QMetaObject::InvokeMetaMethod), 2, QVariantList(), -1, -1);
     QTest::newRow("signal with an argument of another type")
         << right + packet(invoke, serviceList, int(QMetaObject::InvokeMetaMethod), 0, QVariantList{1}, -1, -1);
     QTest::newRow("property of another type") << right + packet(propertyChange, serviceList, 0, QVariant(1));
+    QTest::newRow("property after the last one") << right + packet(propertyChange, serviceList, 1, QVariant());
     QTest::newRow("property that is none") << right + packet(propertyChange, serviceList, 1000, QVariant());
     QTest::newRow("request for an object") << packet(addObject, serviceList, true);
     QTest::newRow("ping") << packet(ping, serviceList);

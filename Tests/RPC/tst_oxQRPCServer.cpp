@@ -2,11 +2,13 @@
 #include <QFileInfo>
 #include <QLocalSocket>
 #include <QNetworkInterface>
+#include <QSemaphore>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QtTest>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <memory>
 
@@ -161,6 +163,7 @@ private Q_SLOTS:
     void tcpPortIsTakenWhenItIsGiven();
     void addressThatIsNoneIsRefused_data();
     void addressThatIsNoneIsRefused();
+    void socketFileHasALongestName();
     void listensOnceOnly();
     void listensAfterAFailure();
     void serviceIsOfferedOnceOnly();
@@ -168,12 +171,16 @@ private Q_SLOTS:
     void serviceWithAnEnumerationIsRefused();
     void privateSlotsAreNotCalled();
     void signalsOfPropertiesTravel();
+    void signalArrivesWhileItsSlotRuns_data();
+    void signalArrivesWhileItsSlotRuns();
     void deletedServiceIsNoLongerOffered();
     void callOfADeletedServiceDoesNothing();
     void connectionThatDoesNotReadIsEnded();
     void endedConnectionsAreDropped();
     void clientsThatCameAndWentAreDropped();
     void serverEndsItsConnections();
+    void addressThatIsNoneEndsTheConnectionBefore();
+    void addressBeforeIsNotTriedAgain();
 };
 
 void tst_oxQRPCServer::localSocketIsOpenToTheUserAlone()
@@ -298,6 +305,25 @@ void tst_oxQRPCServer::addressThatIsNoneIsRefused()
     QVERIFY(server.address().isEmpty());
 }
 
+// The system has room for 108 bytes, with the zero at the end.
+void tst_oxQRPCServer::socketFileHasALongestName()
+{
+    const auto addressOfPath = [](int bytes) {
+        QString name = sessionAddress().path();
+        const int folder = QFile::encodeName(QDir::tempPath()).size() + 1;
+        name += QString(bytes - folder - QFile::encodeName(name).size(), QLatin1Char('x'));
+        return QUrl(QStringLiteral("local:") + name);
+    };
+    oxQRPCServer server;
+    QVERIFY(!server.listen(addressOfPath(108)));
+    QVERIFY2(server.errorString().endsWith(QStringLiteral("' is too long for a local socket")),
+             qPrintable(server.errorString()));
+    QVERIFY2(server.listen(addressOfPath(107)), qPrintable(server.errorString()));
+    oxQRPCClient client;
+    QVERIFY(client.connectToHost(server.address()));
+    QVERIFY(client.waitForConnected(30000));
+}
+
 void tst_oxQRPCServer::listensOnceOnly()
 {
     oxQRPCServer server;
@@ -391,6 +417,40 @@ void tst_oxQRPCServer::signalsOfPropertiesTravel()
     QCOMPARE(values.value(0).value(0).value<QVariant>(), QVariant(value));
     QCOMPARE(service.locale(QLocale(QLocale::German, QLocale::Austria)), QLocale(QLocale::German, QLocale::Austria));
     QVERIFY(client.isConnected());
+}
+
+void tst_oxQRPCServer::signalArrivesWhileItsSlotRuns_data()
+{
+    QTest::addColumn<QUrl>("address");
+    QTest::newRow("local") << sessionAddress();
+    QTest::newRow("tcp") << QUrl(QStringLiteral("tcp://localhost:0"));
+}
+
+// Not only when the slot has returned to the event loop.
+void tst_oxQRPCServer::signalArrivesWhileItsSlotRuns()
+{
+    QFETCH(QUrl, address);
+    EchoServiceMain echoMain;
+    MainThread main(address);
+    main.offer(&echoMain);
+    EchoService echo;
+    oxQRPCClient client;
+    client.registerService(&echo);
+    QVERIFY(client.connectToHost(main.address()));
+    QVERIFY(client.waitForConnected(30000));
+
+    QSemaphore received;
+    connect(&echo, &EchoService::noted, &echo, [&received] { received.release(); });
+    std::atomic<bool> isOver = false;
+    bool isInTime = false;
+    const auto slot = [&] {
+        Q_EMIT echoMain.noted(QString());
+        isInTime = received.tryAcquire(1, 30000);
+        isOver = true;
+    };
+    QMetaObject::invokeMethod(&echoMain, slot, Qt::QueuedConnection);
+    QTRY_VERIFY(isOver);
+    QVERIFY(isInTime);
 }
 
 void tst_oxQRPCServer::deletedServiceIsNoLongerOffered()
@@ -526,6 +586,37 @@ void tst_oxQRPCServer::serverEndsItsConnections()
     QVERIFY(client.waitForConnected(30000));
     server.reset();
     QTRY_VERIFY(!client.isConnected());
+}
+
+void tst_oxQRPCServer::addressThatIsNoneEndsTheConnectionBefore()
+{
+    oxQRPCServer server;
+    QVERIFY(server.listen(sessionAddress()));
+    oxQRPCClient client;
+    QVERIFY(client.connectToHost(sessionAddress()));
+    QVERIFY(client.waitForConnected(30000));
+    QVERIFY(!client.connectToHost(QUrl(QStringLiteral("nowhere"))));
+    QVERIFY(!client.isConnected());
+    QTRY_COMPARE(connections(server), 0);
+}
+
+void tst_oxQRPCServer::addressBeforeIsNotTriedAgain()
+{
+    oxQRPCServer server;
+    QVERIFY(server.listen(sessionAddress()));
+    oxQRPCClient client;
+    QSignalSpy connected(&client, &oxQRPCClient::connected);
+    QVERIFY(client.connectToHost(QUrl(QStringLiteral("local:nobody-%1").arg(getpid()))));
+    QVERIFY(!client.waitForConnected(100));
+    QVERIFY(client.connectToHost(sessionAddress()));
+    QVERIFY(client.waitForConnected(30000));
+
+    QTimer later; // than it would have tried
+    later.setSingleShot(true);
+    later.start(600);
+    QTRY_VERIFY(!later.isActive());
+    QCOMPARE(connections(server), 1);
+    QCOMPARE(connected.count(), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_oxQRPCServer)

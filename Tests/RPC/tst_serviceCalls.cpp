@@ -49,6 +49,7 @@ private Q_SLOTS:
     void callEndsWithItsLimit();
     void callAfterOneWithoutAnswerDoesNotWait();
     void lateAnswerMakesCallsWaitAgain();
+    void signalMakesCallsWaitAgain();
     void signalsOfTheServiceProlongTheLimit();
     void signalsOfAnotherServiceDoNot();
     void callWithinACallEndsWithTheOuterOne();
@@ -437,6 +438,19 @@ void tst_serviceCalls::lateAnswerMakesCallsWaitAgain()
     QVERIFY(!isBack());
     m_main->run([this] { m_echoMain->answerNow(); });
     QTRY_VERIFY(isBack());
+}
+
+void tst_serviceCalls::signalMakesCallsWaitAgain()
+{
+    m_client->setCallTimeout(100);
+    outputOf([&] { m_echo->takeTime(limit, false); });
+    const auto lineOfACall = [&] { return outputOf([&] { m_echo->sum(1, 2); }).standardError; };
+    QCOMPARE(lineOfACall(),
+             QByteArray("oxQRPCClient: the main process does not answer, EchoService::sum(int,int) does nothing\n"));
+    QSignalSpy noted(m_echo.get(), &EchoService::noted);
+    m_main->run([this] { Q_EMIT m_echoMain->noted(QString()); });
+    QTRY_COMPARE(noted.count(), 1);
+    QCOMPARE(lineOfACall(), QByteArray("oxQRPCClient: no answer within 100 ms from EchoService::sum(int,int)\n"));
 }
 
 void tst_serviceCalls::signalsOfTheServiceProlongTheLimit()

@@ -1,7 +1,10 @@
 #include <QApplication>
 #include <QMainWindow>
 #include <QProcess>
+#include <QPushButton>
 #include <QtTest>
+
+#include <qpa/qwindowsysteminterface.h>
 
 #include <unistd.h>
 
@@ -63,6 +66,28 @@ private:
     QTimer m_timer;
 };
 
+/// A button that a user clicks: the window system has the click until it is asked for it.
+class ClickedButton : public QPushButton
+{
+public:
+    ClickedButton()
+    {
+        show();
+        connect(this, &QPushButton::clicked, [this] { ++clicks; });
+    }
+    void click()
+    {
+        using System = QWindowSystemInterface;
+        const QPointF place = rect().center();
+        for (const bool isPress : {true, false})
+            System::handleMouseEvent<System::AsynchronousDelivery>(
+                windowHandle(), place, mapToGlobal(place.toPoint()), isPress ? Qt::LeftButton : Qt::NoButton,
+                Qt::LeftButton, isPress ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease);
+    }
+
+    int clicks = 0;
+};
+
 // A secondary process that calls and says so, over and over.
 int callForEver(const QUrl &address, const QString &operation)
 {
@@ -94,8 +119,11 @@ private Q_SLOTS:
     void mainProcessThatIsStoppedLosesAConnectionWithTooManyCalls();
     void mainProcessThatIsBlocked();
     void windowLivesWhileACallWaits();
+    void clickWaitsForTheEndOfACall();
+    void clickWaitsForTheConnection();
     void mainProcessStartsLater();
     void mainProcessRestarts();
+    void mainProcessRestartsAfterItHung();
     void callWhenConnected();
     void otherMainProcessWhenDisconnected();
     void secondSecondaryProcess();
@@ -136,8 +164,12 @@ void tst_twoProcesses::mainProcessThatIsStopped()
     secondary.client.setCallTimeout(patience);
     QCOMPARE(outputOf([&] { sum = secondary.echo.sum(1, 2); }).standardError,
              QByteArray("oxQRPCClient: the main process does not answer, EchoService::sum(int,int) does nothing\n"));
+    QSignalSpy noted(&secondary.echo, &EchoService::noted);
+    QCOMPARE(outputOf([&] { secondary.echo.note(QStringLiteral("for later")); }).standardError, QByteArray());
 
     main.goOn();
+    QTRY_COMPARE(noted.count(), 1);
+    QCOMPARE(noted.first().first().toString(), QStringLiteral("for later"));
     const auto answers = [&] {
         outputOf([&] { sum = secondary.echo.sum(1, 2); });
         return sum == 3;
@@ -201,6 +233,30 @@ void tst_twoProcesses::windowLivesWhileACallWaits()
     QVERIFY2(window.paints > paints + 2, qPrintable(QString::number(window.paints - paints)));
 }
 
+void tst_twoProcesses::clickWaitsForTheEndOfACall()
+{
+    MainProcess main(sessionAddress());
+    Secondary secondary(main.address());
+    QVERIFY(secondary.isConnected());
+    ClickedButton button;
+    QVERIFY(QTest::qWaitForWindowExposed(&button));
+    button.click();
+    QVERIFY(secondary.echo.takeTime(200, true));
+    QCOMPARE(button.clicks, 0);
+    QTRY_COMPARE(button.clicks, 1);
+}
+
+void tst_twoProcesses::clickWaitsForTheConnection()
+{
+    Secondary secondary(sessionAddress());
+    ClickedButton button;
+    QVERIFY(QTest::qWaitForWindowExposed(&button));
+    button.click();
+    QVERIFY(!secondary.client.waitForConnected(200)); // nobody is there
+    QCOMPARE(button.clicks, 0);
+    QTRY_COMPARE(button.clicks, 1);
+}
+
 void tst_twoProcesses::mainProcessStartsLater()
 {
     Secondary secondary(sessionAddress());
@@ -235,6 +291,23 @@ void tst_twoProcesses::mainProcessRestarts()
         QCOMPARE(progress.count(), 3);
     }
     QCOMPARE(disconnected.count(), 3);
+}
+
+void tst_twoProcesses::mainProcessRestartsAfterItHung()
+{
+    auto main = std::make_unique<MainProcess>(sessionAddress());
+    Secondary secondary(main->address());
+    QVERIFY(secondary.isConnected());
+    secondary.client.setCallTimeout(200);
+    main->stop();
+    outputOf([&] { secondary.echo.sum(1, 2); });
+    secondary.client.setCallTimeout(patience);
+    main->kill();
+    QTRY_VERIFY(!secondary.client.isConnected());
+
+    main = std::make_unique<MainProcess>(sessionAddress());
+    QVERIFY(secondary.isConnected());
+    QCOMPARE(secondary.echo.sum(1, 2), 3);
 }
 
 void tst_twoProcesses::callWhenConnected()

@@ -12,7 +12,8 @@
 class MainThread : private QThread
 {
 public:
-    MainThread()
+    explicit MainThread(const QUrl &address = QUrl(QStringLiteral("tcp://localhost:0")))
+        : m_address(address)
     {
         m_context.moveToThread(this);
         start();
@@ -44,7 +45,7 @@ private:
     void run() override
     {
         oxQRPCServer server;
-        server.listen(QUrl(QStringLiteral("tcp://localhost:0")));
+        server.listen(m_address);
         m_address = server.address();
         m_server = &server;
         m_isListening.release();
