@@ -134,6 +134,7 @@ private Q_SLOTS:
     void isQuietWithoutAMainProcess();
     void saysWhatToDoWithoutAMainProcess();
     void followsARestart();
+    void pictureThatArrivesAsTheMainProcessGoesIsNotShown();
 
 private:
     void startMain(bool sharesFrames = true);
@@ -391,6 +392,18 @@ void tst_RenderView::followsARestart()
     startMain();
     render(Qt::green);
     QTRY_COMPARE(pixel(200, 150), QColor(Qt::green));
+}
+
+void tst_RenderView::pictureThatArrivesAsTheMainProcessGoesIsNotShown()
+{
+    startMain(false);
+    render(Qt::red);
+    QTRY_COMPARE(pixel(0, 0), QColor(Qt::red));
+    connect(m_client.get(), &oxQRPCClient::answered, m_client.get(), &oxQRPCClient::disconnectFromHost);
+    render(Qt::red);
+    QTRY_VERIFY(!m_client->isConnected());
+    QVERIFY(pixel(0, 0) != QColor(Qt::red));
+    QVERIFY(!m_view->hasFrame());
 }
 
 QTEST_MAIN(tst_RenderView)

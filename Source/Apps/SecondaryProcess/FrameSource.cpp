@@ -65,8 +65,11 @@ void FrameSource::fetch()
         return;
     m_isFetchDue = false;
     m_isFetching = true;
-    m_fetched = QImage::fromData(m_service->getCompressedFrameBuffer());
+    const QByteArray picture = m_service->getCompressedFrameBuffer();
     m_isFetching = false;
+    if (!m_isBegun) // the main process went after it had answered
+        return;
+    m_fetched = QImage::fromData(picture);
     if (!m_fetched.isNull())
         Q_EMIT frameAvailable();
     if (m_isFetchDue)
