@@ -32,6 +32,7 @@ private Q_SLOTS:
     void clearButtonEmptiesIt();
     void followsTheLastLine();
     void staysWhereTheUserReads();
+    void takesNoInput();
 
 private:
     QStringList lines() const { return view()->toPlainText().split(QLatin1Char('\n')); }
@@ -187,6 +188,15 @@ void tst_Console::staysWhereTheUserReads()
     m_console->addOutput(QStringLiteral("new\n"));
     QTRY_COMPARE(lines().size(), 201);
     QCOMPARE(bar()->value(), 7);
+}
+
+void tst_Console::takesNoInput()
+{
+    m_console->addOutput(QStringLiteral("line\n"));
+    const QStringList shown{QStringLiteral("python info: 'line'")};
+    QTRY_COMPARE(lines(), shown);
+    QTest::keyClicks(view(), QStringLiteral("typed"));
+    QCOMPARE(lines(), shown);
 }
 
 QTEST_MAIN(tst_Console)

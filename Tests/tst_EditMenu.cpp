@@ -21,11 +21,19 @@ public:
     {}
 
     bool canUndo() override { return m_done > 0; }
-    bool canRedo() override { return m_done < m_steps.size(); }
+    bool canRedo() override
+    {
+        if (std::exchange(m_isAboutToUndo, false))
+            undo();
+        return m_done < m_steps.size();
+    }
     QString undoText() override { return m_steps.value(m_done - 1); }
     QString redoText() override { return m_steps.value(m_done); }
     void undo() override { set(m_done - 1); }
     void redo() override { set(m_done + 1); }
+
+    /// The next time that it is asked whether it can redo, it undoes first.
+    void undoWhenAsked() { m_isAboutToUndo = true; }
 
 private:
     void set(int done)
@@ -36,6 +44,7 @@ private:
 
     QStringList m_steps;
     int m_done;
+    bool m_isAboutToUndo = false;
 };
 
 } // namespace
@@ -50,7 +59,9 @@ private Q_SLOTS:
     void cleanup();
     void entriesRestWithoutAMainProcess();
     void entriesTellWhatTheyDo();
+    void stepWithoutANameHasOnlyTheVerb();
     void entriesUndoAndRedo();
+    void changeDuringAnUpdateCountsToo();
     void entriesRestAgainWhenTheMainProcessGoes();
     void entriesHaveTheUsualShortcuts();
 
@@ -118,6 +129,12 @@ void tst_EditMenu::entriesTellWhatTheyDo()
     QTRY_COMPARE(entries(), QStringList({QStringLiteral("+&Undo Cut && paste"), QStringLiteral("-&Redo")}));
 }
 
+void tst_EditMenu::stepWithoutANameHasOnlyTheVerb()
+{
+    startMain({QString()});
+    QTRY_COMPARE(entries(), QStringList({QStringLiteral("+&Undo"), QStringLiteral("-&Redo")}));
+}
+
 void tst_EditMenu::entriesUndoAndRedo()
 {
     startMain({QStringLiteral("Colour"), QStringLiteral("Gloss")});
@@ -127,6 +144,13 @@ void tst_EditMenu::entriesUndoAndRedo()
     m_menu->actions().at(0)->trigger();
     QTRY_COMPARE(entries(), QStringList({QStringLiteral("-&Undo"), QStringLiteral("+&Redo Colour")}));
     m_menu->actions().at(1)->trigger();
+    QTRY_COMPARE(entries(), QStringList({QStringLiteral("+&Undo Colour"), QStringLiteral("+&Redo Gloss")}));
+}
+
+void tst_EditMenu::changeDuringAnUpdateCountsToo()
+{
+    startMain({QStringLiteral("Colour"), QStringLiteral("Gloss")});
+    m_main->run([this] { m_undoMain->undoWhenAsked(); });
     QTRY_COMPARE(entries(), QStringList({QStringLiteral("+&Undo Colour"), QStringLiteral("+&Redo Gloss")}));
 }
 

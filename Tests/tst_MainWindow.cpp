@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include <QFileDialog>
 #include <QLabel>
 #include <QMenuBar>
 #include <QStatusBar>
@@ -13,6 +14,7 @@
 #include "MainThread.h"
 #include "Patience.h"
 #include "PluginHost.h"
+#include "RenderView.h"
 #include "oxKernelServiceFactory.h"
 #include "oxMainWindowService.h"
 #include "oxMessageService.h"
@@ -28,12 +30,22 @@ private Q_SLOTS:
     void cleanup();
     void statusBarTellsWhatItIsConnectedTo();
     void filesAreOpenedOnlyWhereAMainProcessIs();
+    void filesAreOpenedOneAfterTheOther();
+    void fileThatCannotBeReadIsReported();
+    void cancelledDialogOpensNothing();
     void consoleIsAPanelOfTheMenuView();
     void messagesAppearInTheStatusBar();
+    void viewSaysHowToStartAMainProcess();
+    void entriesOfTheMenuFileAskForWhatTheySay();
+    void quitClosesTheWindow();
 
 private:
     void startMain();
     QAction *entry(const QString &menu, const QString &text) const;
+    QAction *openEntry() const { return entry(QStringLiteral("&File"), QStringLiteral("&Open…")); }
+    // Chooses the entry "Open" and that file in its dialog; none where it is empty.
+    void open(const QString &file);
+    QStringList openedFiles();
     bool statusBarHas(const QString &text) const;
 
     PluginHost *m_host = nullptr;
@@ -88,6 +100,23 @@ QAction *tst_MainWindow::entry(const QString &menu, const QString &text) const
     return nullptr;
 }
 
+void tst_MainWindow::open(const QString &file)
+{
+    QTimer::singleShot(0, m_window.get(), [this, &file] {
+        QDialog *dialog = m_window->findChild<QFileDialog *>();
+        static_cast<QFileDialog *>(dialog)->selectFile(file);
+        dialog->done(file.isEmpty() ? QDialog::Rejected : QDialog::Accepted);
+    });
+    openEntry()->trigger();
+}
+
+QStringList tst_MainWindow::openedFiles()
+{
+    QStringList files;
+    m_main->run([this, &files] { files = m_files->files; });
+    return files;
+}
+
 bool tst_MainWindow::statusBarHas(const QString &text) const
 {
     const auto labels = m_window->statusBar()->findChildren<QLabel *>();
@@ -105,13 +134,53 @@ void tst_MainWindow::statusBarTellsWhatItIsConnectedTo()
 
 void tst_MainWindow::filesAreOpenedOnlyWhereAMainProcessIs()
 {
-    const QAction *open = entry(QStringLiteral("&File"), QStringLiteral("&Open…"));
+    const QAction *open = openEntry();
     QVERIFY(open);
     QVERIFY(!open->isEnabled());
     startMain();
     QTRY_VERIFY(open->isEnabled());
     m_main.reset();
     QTRY_VERIFY(!open->isEnabled());
+}
+
+void tst_MainWindow::filesAreOpenedOneAfterTheOther()
+{
+    startMain();
+    m_files->values = {50};
+    QTRY_VERIFY(openEntry()->isEnabled());
+    QVector<bool> enabledMeanwhile;
+    auto *service = oxKernelServiceFactory::the()->getService<oxFileIOService>();
+    connect(service, &oxFileIOService::progress, m_window.get(),
+            [&] { enabledMeanwhile.append(openEntry()->isEnabled()); });
+
+    const QString file = QCoreApplication::applicationFilePath(); // one that is there
+    for (int i = 1; i <= 2; ++i) {
+        open(file);
+        QCOMPARE(openedFiles().size(), i);
+        QCOMPARE(openedFiles().last(), file);
+        QVERIFY(statusBarHas(QStringLiteral("Loaded ") + file));
+        QVERIFY(openEntry()->isEnabled());
+    }
+    QCOMPARE(enabledMeanwhile, QVector<bool>({false, false}));
+}
+
+void tst_MainWindow::fileThatCannotBeReadIsReported()
+{
+    startMain();
+    m_files->result = false;
+    QTRY_VERIFY(openEntry()->isEnabled());
+    open(QCoreApplication::applicationFilePath());
+    QVERIFY(statusBarHas(QStringLiteral("Error: cannot read ") + QCoreApplication::applicationFilePath()));
+    QVERIFY(openEntry()->isEnabled());
+}
+
+void tst_MainWindow::cancelledDialogOpensNothing()
+{
+    startMain();
+    QTRY_VERIFY(openEntry()->isEnabled());
+    open(QString());
+    QCOMPARE(openedFiles(), QStringList());
+    QVERIFY(openEntry()->isEnabled());
 }
 
 void tst_MainWindow::consoleIsAPanelOfTheMenuView()
@@ -133,6 +202,34 @@ void tst_MainWindow::messagesAppearInTheStatusBar()
     QVERIFY(statusBarHas(QStringLiteral("Warning: hot")));
     messages->error(QStringLiteral("broken"));
     QVERIFY(statusBarHas(QStringLiteral("Error: broken")));
+}
+
+void tst_MainWindow::viewSaysHowToStartAMainProcess()
+{
+    const QImage before = m_window->renderView()->grab().toImage();
+    m_window->setMainProcessHint(QStringLiteral("local:here"), QStringLiteral("oxMainProcess --session here"));
+    QVERIFY(m_window->renderView()->grab().toImage() != before);
+}
+
+void tst_MainWindow::entriesOfTheMenuFileAskForWhatTheySay()
+{
+    QSignalSpy reload(m_window.get(), &MainWindow::reloadRequested);
+    QSignalSpy preferences(m_window.get(), &MainWindow::preferencesRequested);
+    QAction *reloadEntry = entry(QStringLiteral("&File"), QStringLiteral("&Reload scripts"));
+    QCOMPARE(reloadEntry->shortcut(), QKeySequence(Qt::Key_F5)); // as the status bar says at first
+    reloadEntry->trigger();
+    QCOMPARE(reload.count(), 1);
+    QCOMPARE(preferences.count(), 0);
+    entry(QStringLiteral("&File"), QStringLiteral("&Preferences…"))->trigger();
+    QCOMPARE(reload.count(), 1);
+    QCOMPARE(preferences.count(), 1);
+}
+
+void tst_MainWindow::quitClosesTheWindow()
+{
+    QVERIFY(m_window->isVisible());
+    entry(QStringLiteral("&File"), QStringLiteral("&Quit"))->trigger();
+    QVERIFY(!m_window->isVisible());
 }
 
 QTEST_MAIN(tst_MainWindow)

@@ -27,6 +27,7 @@ private Q_SLOTS:
     void entryOfAPanelMovesItThereAndBack();
     void entriesAreListedAnew();
     void allOpenPanelsMoveAtOnceAndTheOverlayIsShown();
+    void overlayStaysHiddenWhereNoPanelMoves();
     void overlayPeeksInShowsAndHides();
     void shortcutsDiffer();
     void takesModulesAndOutlivesTheirChanges();
@@ -183,6 +184,10 @@ void tst_OverlayMenu::entriesAreListedAnew()
     QCOMPARE(entries(), QStringList({QStringLiteral("Clock"), QStringLiteral("+Mixer")}));
     m_mainWindowService->subModule(QStringLiteral("Clock"));
     QCOMPARE(entries(), QStringList{QStringLiteral("+Mixer")});
+
+    const int count = m_window->findChildren<QAction *>().size();
+    QCOMPARE(entries(), QStringList{QStringLiteral("+Mixer")});
+    QCOMPARE(m_window->findChildren<QAction *>().size(), count); // the earlier ones are gone
 }
 
 void tst_OverlayMenu::allOpenPanelsMoveAtOnceAndTheOverlayIsShown()
@@ -197,6 +202,13 @@ void tst_OverlayMenu::allOpenPanelsMoveAtOnceAndTheOverlayIsShown()
     QCOMPARE(m_menu->openPanels().size(), 2);
     QVERIFY(tabs().isEmpty());
     QTRY_VERIFY(!overlay()->isVisible());
+}
+
+void tst_OverlayMenu::overlayStaysHiddenWhereNoPanelMoves()
+{
+    open(QStringLiteral("Closed"))->hide();
+    command("&Move open panels to the overlay")->trigger();
+    QVERIFY(!overlay() || !overlay()->isVisible());
 }
 
 void tst_OverlayMenu::overlayPeeksInShowsAndHides()

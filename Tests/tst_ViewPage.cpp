@@ -20,6 +20,7 @@ private Q_SLOTS:
     void appliedChangesAreShownAndKept();
     void defaultsAreShownAgain();
     void fieldsAreReadWheneverTheDialogOpens();
+    void colourThatIsNotOfferedIsTheFirst();
 
 private:
     void change();
@@ -96,6 +97,14 @@ void tst_ViewPage::fieldsAreReadWheneverTheDialogOpens()
     m_page->window()->close();
     m_preferences->showPreferences();
     QVERIFY(!m_page->findChild<QCheckBox *>()->isChecked());
+    QCOMPARE(picture(), m_usual);
+}
+
+void tst_ViewPage::colourThatIsNotOfferedIsTheFirst()
+{
+    m_preferences->setStringValue(QStringLiteral("View/Ball"), QStringLiteral("#123456"));
+    makePage();
+    QCOMPARE(m_page->findChild<QComboBox *>()->currentIndex(), 0);
     QCOMPARE(picture(), m_usual);
 }
 
