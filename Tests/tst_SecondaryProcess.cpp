@@ -39,8 +39,10 @@ private Q_SLOTS:
     void mainProcessMayComeLaterAndComeBack();
     void mouseTurnsTheCameraOfTheMainProcess();
     void callsOfAStoppedMainProcessEndInTime();
+    void interruptEndsIt();
     void tourSavesAPictureOfEachStop();
     void tourReportsPicturesThatCannotBeWritten();
+    void tourNeedsAMainProcess_data();
     void tourNeedsAMainProcess();
     void reportsAnUnknownPanelAndEndsWithOne();
     void reportsAPictureThatCannotBeWritten();
@@ -244,6 +246,16 @@ void tst_SecondaryProcess::callsOfAStoppedMainProcessEndInTime()
     QTRY_VERIFY_WITH_TIMEOUT(hasPrinted(answer), limit);
 }
 
+// As Ctrl+C does in its console.
+void tst_SecondaryProcess::interruptEndsIt()
+{
+    startWithPlugin("import time\n");
+    signalTo(m_process, SIGINT);
+    QVERIFY(m_process.waitForFinished(limit));
+    QCOMPARE(m_process.exitStatus(), QProcess::CrashExit); // by the signal
+    QCOMPARE(m_process.exitCode(), SIGINT);
+}
+
 void tst_SecondaryProcess::tourSavesAPictureOfEachStop()
 {
     startMain();
@@ -295,13 +307,23 @@ void tst_SecondaryProcess::tourReportsPicturesThatCannotBeWritten()
     QCOMPARE(m_process.readAllStandardError(), lines);
 }
 
+void tst_SecondaryProcess::tourNeedsAMainProcess_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("options");
+    QTest::newRow("of a session") << QStringLiteral("test") << QByteArray(" --session test");
+    QTest::newRow("at an address") << QStringLiteral("local:test") << QByteArray(" --listen local:test");
+}
+
 void tst_SecondaryProcess::tourNeedsAMainProcess()
 {
-    start({QStringLiteral("--connect"), QStringLiteral("test"), QStringLiteral("--plugins"), m_folder.path(),
-           QStringLiteral("--tour"), m_folder.path()});
+    QFETCH(QString, name);
+    QFETCH(QByteArray, options);
+    start({QStringLiteral("--connect"), name, QStringLiteral("--plugins"), m_folder.path(), QStringLiteral("--tour"),
+           m_folder.path()});
     QCOMPARE(m_process.exitCode(), 1);
     QCOMPARE(m_process.readAllStandardError(),
-             QByteArray("oxSecondaryProcess: the tour needs a main process: oxMainProcess --session test\n"));
+             "oxSecondaryProcess: the tour needs a main process: oxMainProcess" + options + '\n');
 }
 
 void tst_SecondaryProcess::wrongOptionsAreReported_data()
@@ -311,6 +333,8 @@ void tst_SecondaryProcess::wrongOptionsAreReported_data()
     QTest::newRow("address") << QStringList({QStringLiteral("--connect"), QStringLiteral("http://host")})
                              << QByteArray("oxSecondaryProcess: 'http://host' is no main process: give a session, "
                                            "local:name or tcp://host:port\n");
+    QTest::newRow("no time") << QStringList({QStringLiteral("--call-timeout"), QStringLiteral("0")})
+                             << QByteArray("oxSecondaryProcess: '0' is no time in milliseconds\n");
     QTest::newRow("time") << QStringList({QStringLiteral("--call-timeout"), QStringLiteral("soon")})
                           << QByteArray("oxSecondaryProcess: 'soon' is no time in milliseconds\n");
 }
