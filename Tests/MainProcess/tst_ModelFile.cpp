@@ -44,6 +44,7 @@ private Q_SLOTS:
     void endsWhenTold();
     void unnamedNodeHasTheNameOfItsFile();
     void otherFormatIsReadToo();
+    void partOfAPartIsWhereBothPutIt();
     void missingMaterialsDoNotMatter();
     void materialsOfNothingAreLeftOut();
     void placesThatAreNoNumbersAreInTheMiddle();
@@ -54,6 +55,7 @@ private Q_SLOTS:
     void survivesDamagedFiles_data();
     void survivesDamagedFiles();
     void writesWhatItReads();
+    void suffixMayBeInCapitals();
     void exampleIsWorthALook();
 
 private:
@@ -161,6 +163,21 @@ void tst_ModelFile::otherFormatIsReadToo()
                                           "vertex 0 1 0\nendloop\nendfacet\nendsolid Part\n"));
     QCOMPARE(model.nodes.size(), 1);
     QCOMPARE(model.nodes.first().mesh->vertices.size(), size_t(3));
+}
+
+void tst_ModelFile::partOfAPartIsWhereBothPutIt()
+{
+    const Scene::Model model =
+        read(write("parts.ac",
+                   "AC3Db\n"
+                   "MATERIAL \"Red\" rgb 1 0 0  amb 1 1 1  emis 0 0 0  spec 0 0 0  shi 0  trans 0\n"
+                   "OBJECT world\nkids 1\n"
+                   "OBJECT group\nname \"Outer\"\nloc 1 0 0\nkids 1\n"
+                   "OBJECT group\nname \"Inner\"\nloc 0 2 0\nkids 1\n"
+                   "OBJECT poly\nname \"Triangle\"\nnumvert 3\n0 0 0\n1 0 0\n0 1 0\n"
+                   "numsurf 1\nSURF 0x20\nmat 0\nrefs 3\n0 0 0\n1 0 0\n2 0 0\nkids 0\n"));
+    QCOMPARE(model.nodes.size(), 1);
+    QCOMPARE(model.nodes.first().transform * QVector3D(), QVector3D(1, 2, 0));
 }
 
 void tst_ModelFile::missingMaterialsDoNotMatter()
@@ -305,6 +322,15 @@ void tst_ModelFile::writesWhatItReads()
     // It was placed on the floor: what is there already stays.
     const QMatrix4x4 place = Scene::fitting(model);
     QVERIFY((place * QVector3D(0, 1, 0) - QVector3D(0, 1, 0)).length() < 0.01f);
+}
+
+void tst_ModelFile::suffixMayBeInCapitals()
+{
+    const Scene scene;
+    const QString file = m_folder.filePath(QStringLiteral("X.OBJ"));
+    QString error;
+    QVERIFY2(ModelFile::write(scene, file, &error), qPrintable(error));
+    QCOMPARE(read(file).nodes.size(), 2); // the floor is no part of it
 }
 
 void tst_ModelFile::exampleIsWorthALook()

@@ -49,6 +49,9 @@ private Q_SLOTS:
     void changeOfNothingIsNotUndone();
     void whatWasBeforeANewSceneIsNotUndone();
     void cameraTellsOfEachChange();
+    void zoomByNoFactorDoesNothing();
+    void cameraIsAboveWhereItsElevationIs();
+    void highPictureHasAsMuchInView();
     void eachCameraKeepsItsView();
     void turntableTurnsByTime();
     void everyMeshIsSound();
@@ -239,6 +242,46 @@ void tst_Scene::cameraTellsOfEachChange()
     QCOMPARE(changes([&scene] { scene.resetCamera(); }), 1);
 }
 
+void tst_Scene::zoomByNoFactorDoesNothing()
+{
+    Scene scene;
+    QSignalSpy signal(&scene, &Scene::cameraChanged);
+    for (const double factor : {0.0, -1.0, -0.5, qQNaN()})
+        scene.zoom(factor);
+    QCOMPARE(scene.camera().distance(), 1.0);
+    QCOMPARE(signal.count(), 0);
+}
+
+void tst_Scene::cameraIsAboveWhereItsElevationIs()
+{
+    Camera camera(0, 0);
+    const QVector3D level = camera.eye();
+    QVERIFY(level.z() > 0);
+    QVERIFY(std::abs(level.x()) < 1e-3f);
+    camera.setView(90, 30, 1);
+    QVERIFY(camera.eye().y() > level.y() + 1);
+    QVERIFY(camera.eye().x() > 1);
+    const QVector3D middle(0, level.y(), 0);
+    QVERIFY(std::abs((camera.eye() - middle).length() - (level - middle).length()) < 1e-3f);
+    camera.setView(90, 30, 2);
+    QVERIFY(std::abs((camera.eye() - middle).length() - 2 * (level - middle).length()) < 1e-3f);
+}
+
+// A wide one shows more at its sides, a high one more above and below.
+void tst_Scene::highPictureHasAsMuchInView()
+{
+    const Camera camera(0, 0);
+    const auto place = [&camera](double aspectRatio) {
+        return camera.projectionMatrix(aspectRatio) * camera.viewMatrix() * QVector3D(0.5f, 1.5f, 0);
+    };
+    const QVector3D square = place(1);
+    QVERIFY(square.x() > 0.1f && square.y() > 0.1f);
+    QVERIFY(std::abs(place(0.5).x() - square.x()) < 1e-3f);
+    QVERIFY(std::abs(place(0.5).y() - square.y() / 2) < 1e-3f);
+    QVERIFY(std::abs(place(2).x() - square.x() / 2) < 1e-3f);
+    QVERIFY(std::abs(place(2).y() - square.y()) < 1e-3f);
+}
+
 void tst_Scene::eachCameraKeepsItsView()
 {
     Scene scene;
@@ -288,6 +331,12 @@ void tst_Scene::everyMeshIsSound()
             QVERIFY(std::abs(vertex.normal.length() - 1) < 1e-3f);
             QVERIFY(vertex.position.y() >= 0);
         }
+    }
+    // The knot has no gaps.
+    const Mesh &knot = *scene.nodes().first().mesh;
+    for (size_t i = 0; i < knot.indices.size(); i += 3) {
+        const auto corner = [&knot, i](size_t n) { return knot.vertices[knot.indices[i + n]].position; };
+        QVERIFY(QVector3D::crossProduct(corner(1) - corner(0), corner(2) - corner(0)).length() > 0);
     }
 }
 
