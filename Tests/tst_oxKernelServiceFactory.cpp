@@ -8,6 +8,7 @@
 #include "oxMainWindowService.h"
 #include "oxMessageService.h"
 #include "oxRenderService.h"
+#include "oxdTimer.h"
 
 struct ArgumentOfASlot
 {};
@@ -19,6 +20,7 @@ class ServiceWithATypeOfItsOwn : public oxBaseService
 
 public Q_SLOTS:
     void take(const ArgumentOfASlot &) {}
+    void takeTimers(const QList<oxdTimer> &) {}
 };
 
 namespace {
@@ -304,6 +306,7 @@ void tst_oxKernelServiceFactory::typesOfSlotArgumentsBecomeKnown()
     file<ServiceWithATypeOfItsOwn>();
 
     QVERIFY(QMetaType::type("ArgumentOfASlot") != QMetaType::UnknownType);
+    QCOMPARE(QMetaType::type("QList<oxdTimer>"), int(QMetaType::UnknownType)); // that of data objects comes later
 }
 
 QTEST_GUILESS_MAIN(tst_oxKernelServiceFactory)

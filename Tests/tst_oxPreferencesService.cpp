@@ -169,6 +169,7 @@ private Q_SLOTS:
     void pageReturnsToItsParentWhenTheDialogCloses();
     void pageReturnsWhenItIsTakenOut();
     void pageReturnsWhenTheServiceGoes();
+    void pageOfTheWindowReturnsWhenTheServiceGoes();
     void pageReturnsWhenTheWindowGoes();
     void pageGoesWithItsOwnParent();
     void pageWhoseParentHasGoneIsNotGivenBack_data();
@@ -663,6 +664,18 @@ void tst_oxPreferencesService::pageReturnsWhenTheServiceGoes()
     QVERIFY(!openDialog());
 }
 
+void tst_oxPreferencesService::pageOfTheWindowReturnsWhenTheServiceGoes()
+{
+    QMainWindow window;
+    m_service->window = &window;
+    const QPointer<Page> page = new Page(&window);
+    m_service->preferencesAdd(QStringLiteral("Page"), QString(), page);
+    m_service->showPreferences();
+    m_service.reset();
+    QVERIFY(page);
+    QCOMPARE(page->parentWidget(), &window);
+}
+
 void tst_oxPreferencesService::pageReturnsWhenTheWindowGoes()
 {
     auto window = std::make_unique<QMainWindow>();
@@ -802,7 +815,8 @@ void tst_oxPreferencesService::cancelDoesNeither_data()
 void tst_oxPreferencesService::cancelDoesNeither()
 {
     QFETCH(int, key);
-    Page page;
+    QWidget owner;
+    Page page(&owner);
     m_service->preferencesAdd(QStringLiteral("Page"), QString(), &page);
     m_service->setIntValue(QStringLiteral("Page/Value"), 3);
     m_service->showPreferences();
@@ -814,6 +828,7 @@ void tst_oxPreferencesService::cancelDoesNeither()
     QCOMPARE(page.applied, 0);
     QVERIFY(fileContents().isEmpty());
     QVERIFY(!openDialog());
+    QCOMPARE(page.parentWidget(), &owner);
 }
 
 void tst_oxPreferencesService::restoreDefaultsIsForThePageInView()

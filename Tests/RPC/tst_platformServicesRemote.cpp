@@ -179,6 +179,10 @@ void tst_platformServicesRemote::messageReachesAllProcesses()
     QCOMPARE(here.first(), expected);
     QCOMPARE(there.first(), expected);
     QCOMPARE(inTheMainProcess.count(), 1);
+
+    other.messages.information(QStringLiteral("the next one")); // nothing is between the two
+    QTRY_COMPARE(here.last().at(1).toString(), QStringLiteral("the next one"));
+    QCOMPARE(here.count(), 2);
 }
 
 void tst_platformServicesRemote::messageStaysHereWithoutConnection()
