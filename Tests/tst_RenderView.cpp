@@ -422,6 +422,9 @@ void tst_RenderView::sendsTheKeys()
 void tst_RenderView::inputForAPanelOverItStaysHere()
 {
     startMain();
+    QTest::mouseClick(m_view.get(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 100)); // a drag that has ended
+    QTRY_COMPARE(m_renderer->notes().size(), 2);
+    m_renderer->forgetNotes();
     QWidget panel(m_view.get());
     panel.setFocusPolicy(Qt::StrongFocus);
     panel.setGeometry(0, 0, 100, 300);
