@@ -199,6 +199,7 @@ private Q_SLOTS:
     void mainProcessEndsAConnectionThatIsNoCall();
     void mainProcessGoesOnAfterManyKindsAtOnce();
     void callMayComeInPieces();
+    void nextCallWaitsForTheSlot();
     void callThatWantsNoAnswerGetsNone();
     void answerForOneWhoWentIsDropped();
     void pingIsAnswered();
@@ -354,6 +355,21 @@ void tst_hostileStreams::callMayComeInPieces()
         settle();
     }
     QCOMPARE(connection.socket.readAll(), packet(invokeReply, echo, 42, QVariant(3)));
+}
+
+// Also where the slot processes events, and the call arrives meanwhile.
+void tst_hostileStreams::nextCallWaitsForTheSlot()
+{
+    BareConnection connection;
+    const QString first = QStringLiteral("first");
+    const QString second = QStringLiteral("second");
+    constexpr int call = QMetaObject::InvokeMetaMethod;
+    connect(&connection.service, &EchoService::noted, &connection.socket,
+            [&] { connection.socket.write(callPacket(call, slotNumber("text(QString)"), {second}, 2)); });
+    connection.socket.write(callPacket(call, slotNumber("textLater(QString,int)"), {first, 200}, 1));
+    settle();
+    QCOMPARE(connection.socket.readAll(),
+             packet(invokeReply, echo, 1, QVariant(first)) + packet(invokeReply, echo, 2, QVariant(second)));
 }
 
 void tst_hostileStreams::callThatWantsNoAnswerGetsNone()

@@ -472,6 +472,12 @@ void tst_oxQRPCServer::deletedServiceIsNoLongerOffered()
     QTRY_COMPARE(lineOfACall(),
                  QByteArray("oxQRPCClient: not offered by the main process, EchoService::sum(int,int) does nothing\n"));
 
+    EchoService lateEcho;
+    oxQRPCClient late;
+    late.registerService(&lateEcho);
+    QVERIFY(late.connectToHost(main.address()));
+    QVERIFY(late.waitForConnected(30000)); // it does not wait for what is gone
+
     main.offer(&anew);
     const auto isThere = [&] {
         int sum = 0;
