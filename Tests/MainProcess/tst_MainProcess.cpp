@@ -1,5 +1,6 @@
 #include <QImage>
 #include <QProcess>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -128,26 +129,31 @@ private Q_SLOTS:
     void tellsWhenItIsReady();
     void meshTurnsUntilTheUserTakesTheMouse();
     void rendersOnlyWhatChanged();
+    void rendersAtMostSixtyFramesInASecond();
     void pictureThatIsStillHasSmoothEdges();
     void mouseTurnsTheCamera();
+    void eachMoveOfADragCountsOnce();
     void wheelZooms();
     void doubleClickGoesBackToTheStart();
     void keysMoveTheCamera();
     void resizeChangesThePicture();
     void frameBufferHoldsThePicture();
     void compressedFrameBufferIsAPictureFile();
+    void valuesOfThePictureAreKeptWithinTheirRange();
 
     void materialsHaveNamesTypesAndColors();
     void colorChangesThePictureAndIsUndone();
     void glossIsKeptWithinItsRange();
     void nodesAreHiddenAndShown();
     void nodeGetsAnotherMaterial();
+    void metalShowsTheSky();
     void changeOfSeveralNodesIsOneStep();
     void camerasAreChosen();
     void viewIsSetInNumbers();
     void changesAreSignalled();
 
     void modelIsLoadedWithProgressAndUpload();
+    void loadedModelStandsOnAFloor();
     void framesGoOnWhileAModelIsLoaded();
     void otherLoadMeanwhileIsRefused();
     void answersOthersWhileAModelIsLoaded();
@@ -157,14 +163,17 @@ private Q_SLOTS:
     void saveThatFailsIsReported();
     void opensAFileAtStart();
     void foldersAndFiltersAreKnown();
+    void foldersAreUnknownWithoutABase();
 
     void messageReachesAllProcesses();
     void preferencesOutliveTheProcess();
+    void defaultsLeaveWhatIsKeptWithoutIt();
     void kernelLogsAndEnds();
     void overlaysAreNotItsOwn();
 
     void signalsEndIt_data();
     void signalsEndIt();
+    void secondSignalEndsItAtOnce();
     void signalEndsALoad();
     void secondProcessOfTheSameSessionIsRefused();
     void processAfterAKilledOneGoesOn();
@@ -333,11 +342,30 @@ void tst_MainProcess::rendersOnlyWhatChanged()
     stopTurning();
     while (frames.wait(2000)) {}
     frames.clear();
+    m_secondary->render.resize(480, m_secondary->render.getHeight());
+    QVERIFY(!frames.wait(300));
     m_secondary->cameras.orbit(10, 0);
     QTRY_COMPARE(frames.count(), 2); // with rough, then with smooth edges
     QVERIFY(!frames.wait(300));
+    m_secondary->nodes.setVisible(m_secondary->nodes.getNodes(), false);
+    QTRY_COMPARE(frames.count(), 4);
+    m_secondary->materials.setColor(m_secondary->materials.getMaterials(), green);
+    QTRY_COMPARE(frames.count(), 6);
     m_secondary->cameras.setTurning(true);
-    QTRY_VERIFY(frames.count() > 5);
+    QTRY_VERIFY(frames.count() > 10);
+}
+
+void tst_MainProcess::rendersAtMostSixtyFramesInASecond()
+{
+    QElapsedTimer sinceStart;
+    sinceStart.start();
+    startAndConnect({QStringLiteral("--size"), QStringLiteral("32x32")}); // quick to render
+    QSignalSpy frames(&m_secondary->render, &oxRenderService::frameRendered);
+    QTRY_VERIFY(frames.count() > 100);
+    const qint64 milliseconds = sinceStart.elapsed();
+    const int count = frames.last().first().toInt(); // with those before the connection
+    QVERIFY2(count <= milliseconds * 60 / 1000 + 2,
+             qPrintable(QStringLiteral("%1 in %2 ms").arg(count).arg(milliseconds)));
 }
 
 // Only there have pixels colours between those of the knot and of what is behind it.
@@ -388,7 +416,24 @@ void tst_MainProcess::mouseTurnsTheCamera()
     QCOMPARE(m_secondary->cameras.getAzimuth(), turned);
     m_secondary->render.mouseMove(300, 40, Qt::RightButton, 0);
     QCOMPARE(m_secondary->cameras.getAzimuth(), turned);
-    QVERIFY(m_secondary->cameras.getDistance() < 0.9);
+    const double near = m_secondary->cameras.getDistance();
+    QVERIFY(near < 0.9);
+    m_secondary->render.mouseMove(300, 140, Qt::MiddleButton, 0);
+    QVERIFY(m_secondary->cameras.getDistance() > near + 0.1);
+    QCOMPARE(m_secondary->cameras.getAzimuth(), turned);
+}
+
+void tst_MainProcess::eachMoveOfADragCountsOnce()
+{
+    startAndConnect();
+    oxCameraService &cameras = m_secondary->cameras;
+    const double azimuth = cameras.getAzimuth();
+    const double elevation = cameras.getElevation();
+    m_secondary->render.mousePress(200, 100, Qt::LeftButton, 0);
+    for (const QPoint &place : {QPoint(190, 104), QPoint(180, 108), QPoint(170, 112), QPoint(200, 100)})
+        m_secondary->render.mouseMove(place.x(), place.y(), Qt::LeftButton, 0);
+    QVERIFY(std::abs(cameras.getAzimuth() - azimuth) < 1e-6); // the mouse is where it was
+    QVERIFY(std::abs(cameras.getElevation() - elevation) < 1e-6);
 }
 
 void tst_MainProcess::wheelZooms()
@@ -519,6 +564,19 @@ void tst_MainProcess::compressedFrameBufferIsAPictureFile()
     QCOMPARE(render.getBitrate(), 1000);
 }
 
+void tst_MainProcess::valuesOfThePictureAreKeptWithinTheirRange()
+{
+    startAndConnect();
+    oxRenderService &render = m_secondary->render;
+    render.setQuality(101);
+    QCOMPARE(render.getQuality(), 100);
+    render.setBitrate(-1);
+    QCOMPARE(render.getBitrate(), 0);
+    render.setCodec(1);
+    render.setCodec(2);
+    QCOMPARE(render.getCodec(), 0);
+}
+
 void tst_MainProcess::materialsHaveNamesTypesAndColors()
 {
     startAndConnect();
@@ -584,6 +642,7 @@ void tst_MainProcess::glossIsKeptWithinItsRange()
     QCOMPARE(service.getGloss(all), QVariantList({1.0, 0.0, 1.0}));
     service.setGloss(all, qQNaN());
     QCOMPARE(service.getGloss(all), QVariantList({1.0, 0.0, 1.0}));
+    QCOMPARE(m_secondary->undo.undoText(), QStringLiteral("Gloss"));
     m_secondary->undo.undo();
     m_secondary->undo.undo();
     QCOMPARE(service.getGloss(all), QVariantList({0.8, 0.6, 0.3}));
@@ -631,6 +690,25 @@ void tst_MainProcess::nodeGetsAnotherMaterial()
     QCOMPARE(m_secondary->undo.undoText(), QStringLiteral("Material"));
     m_secondary->undo.undo();
     QVERIFY(pixelsOf(nextFrame(), copper) > 1000);
+}
+
+// Other materials do so less, in the same colour and with the same gloss.
+void tst_MainProcess::metalShowsTheSky()
+{
+    startAndConnect();
+    stopTurning();
+    oxMaterialService &materials = m_secondary->materials;
+    const QList<oxdMaterial> all = materials.getMaterials();
+    QCOMPARE(materials.getTypes(all.mid(0, 2)), QStringList({"oxdMetallicPaintMaterial", "oxdPlasticMaterial"}));
+    materials.setColor(all, copper);
+    materials.setGloss(all, 0.8);
+    nextFrame();
+    const QImage metal = nextFrame();
+    m_secondary->nodes.setMaterial(m_secondary->nodes.getNodes().mid(0, 1), all.mid(1, 1));
+    nextFrame();
+    const QImage plastic = nextFrame();
+    QCOMPARE(metal.size(), plastic.size());
+    QVERIFY2(difference(metal, plastic) > 0.02, qPrintable(QString::number(difference(metal, plastic))));
 }
 
 void tst_MainProcess::changeOfSeveralNodesIsOneStep()
@@ -775,6 +853,20 @@ void tst_MainProcess::modelIsLoadedWithProgressAndUpload()
     QVERIFY(pixelsOf(nextFrame(), copper) > 1000);
 }
 
+void tst_MainProcess::loadedModelStandsOnAFloor()
+{
+    startAndConnect();
+    QVERIFY(m_secondary->files.loadFile(writeFile("triangle.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n")));
+    stopTurning();
+    nextFrame();
+    const QImage withFloor = nextFrame();
+    m_secondary->nodes.setVisible(m_secondary->nodes.getNodes().mid(1), false);
+    nextFrame();
+    const QImage without = nextFrame();
+    QCOMPARE(withFloor.size(), without.size());
+    QVERIFY2(difference(withFloor, without) > 0.02, qPrintable(QString::number(difference(withFloor, without))));
+}
+
 void tst_MainProcess::framesGoOnWhileAModelIsLoaded()
 {
     startAndConnect();
@@ -907,6 +999,16 @@ void tst_MainProcess::foldersAndFiltersAreKnown()
     QVERIFY(files.getImageWriteFilter().contains(QStringLiteral(" *.png")));
 }
 
+void tst_MainProcess::foldersAreUnknownWithoutABase()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("OX_BASE_DIR"));
+    m_process->setProcessEnvironment(environment);
+    startAndConnect();
+    QCOMPARE(m_secondary->files.getTARNDir(), QString());
+    QCOMPARE(m_secondary->files.getTARNExamplesDir(), QString());
+}
+
 void tst_MainProcess::messageReachesAllProcesses()
 {
     startAndConnect();
@@ -944,6 +1046,28 @@ void tst_MainProcess::preferencesOutliveTheProcess()
     QCOMPARE(m_secondary->preferences.getStringValue(QStringLiteral("Test/Name")), QString());
 }
 
+// Values that were set while there was no main process are the secondary process's own.
+void tst_MainProcess::defaultsLeaveWhatIsKeptWithoutIt()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_folder.filePath(QStringLiteral("of-the-main-process")));
+    m_process->setProcessEnvironment(environment);
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_folder.filePath(QStringLiteral("own")));
+    const QString key = QStringLiteral("Test/Number");
+    Secondary secondary(oxQRPCAddress::ofSession(m_session)); // nobody is there yet
+    secondary.preferences.setIntValue(key, 7);
+    start();
+    QVERIFY(secondary.waitForConnected());
+    secondary.preferences.setIntValue(key, 8);
+    secondary.preferences.setDefault(QStringLiteral("Test"));
+    QCOMPARE(secondary.preferences.getIntValue(key), 0);
+    secondary.preferences.setIntValue(key, 9);
+    secondary.preferences.setDefault();
+    QCOMPARE(secondary.preferences.getIntValue(key), 0);
+    secondary.client.disconnectFromHost();
+    QCOMPARE(secondary.preferences.getIntValue(key), 7);
+}
+
 void tst_MainProcess::kernelLogsAndEnds()
 {
     startAndConnect();
@@ -953,8 +1077,11 @@ void tst_MainProcess::kernelLogsAndEnds()
     QVERIFY(kernel.authenticate(QString()));
     kernel.consoleLog(QStringLiteral("100 %s\n"));
     QCOMPARE(line(QProcess::StandardOutput), QByteArray("100 %s\n"));
+    kernel.consoleLog(QStringLiteral("in two "));
+    kernel.consoleLog(QStringLiteral("parts\n"));
+    QCOMPARE(line(QProcess::StandardOutput), QByteArray("in two parts\n"));
     QVERIFY(!kernel.terminate(false));
-    QCOMPARE(m_process->state(), QProcess::Running);
+    QVERIFY(!m_process->waitForFinished(500));
     QVERIFY(kernel.terminate(true));
     QVERIFY(m_process->waitForFinished(limit));
     QCOMPARE(m_process->exitStatus(), QProcess::NormalExit);
@@ -974,6 +1101,9 @@ void tst_MainProcess::overlaysAreNotItsOwn()
     render.updateOverlay(QStringLiteral("a"));
     render.sendTouchEvent("touch");
     render.keyRelease(1, 2, 3, 4);
+    const QMetaObject &preferences = oxPreferencesService::staticMetaObject;
+    void *noArguments[] = {nullptr};
+    m_secondary->preferences.invokeMethod(&preferences, preferences.indexOfMethod("showPreferences()"), noArguments);
     QCOMPARE(render.getWidth(), 480);
     m_secondary.reset();
     m_process->terminate();
@@ -997,6 +1127,17 @@ void tst_MainProcess::signalsEndIt()
     QCOMPARE(m_process->exitStatus(), QProcess::NormalExit);
     QCOMPARE(m_process->exitCode(), 0);
     QTRY_VERIFY(!m_secondary->client.isConnected());
+}
+
+// Both are there when it looks, as where it hangs on the way to its end.
+void tst_MainProcess::secondSignalEndsItAtOnce()
+{
+    start();
+    for (const int signal : {SIGSTOP, SIGINT, SIGTERM, SIGCONT})
+        signalTo(*m_process, signal);
+    QVERIFY(m_process->waitForFinished(limit));
+    QCOMPARE(m_process->exitStatus(), QProcess::CrashExit);
+    QCOMPARE(m_process->exitCode(), SIGTERM);
 }
 
 void tst_MainProcess::signalEndsALoad()
