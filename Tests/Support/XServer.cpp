@@ -1,6 +1,8 @@
 #include "XServer.h"
 
+#include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QProcessEnvironment>
 #include <QTest>
 #include <QWidget>
 
@@ -12,6 +14,13 @@ namespace {
 
 constexpr int limit = 60000;
 
+bool isWindowManagerReady()
+{
+    QProcess process;
+    process.start(QStringLiteral("xdotool"), {QStringLiteral("get_num_desktops")});
+    return process.waitForFinished(limit) && process.exitCode() == 0;
+}
+
 QStringList moveSteps(const QPoint &place)
 {
     return {QStringLiteral("mousemove"), QString::number(place.x()), QString::number(place.y())};
@@ -20,6 +29,10 @@ QStringList moveSteps(const QPoint &place)
 } // namespace
 
 XServer::XServer(WindowManager windowManager)
+    : XServer(windowManager == WithWindowManager ? QStringLiteral("openbox") : QString())
+{}
+
+XServer::XServer(const QString &windowManager)
 {
     for (const char *variable : {"XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
         qputenv(variable, m_folder.path().toUtf8());
@@ -32,11 +45,8 @@ XServer::XServer(WindowManager windowManager)
                                   QStringLiteral("tcp")});
     qputenv("DISPLAY", ":" + m_server.readLine().trimmed());
     qputenv("QT_QPA_PLATFORM", "xcb");
-    if (windowManager == WithoutWindowManager)
-        return;
-    m_windowManager.startAndAwaitOutput(
-        QStringLiteral("openbox"),
-        {QStringLiteral("--sm-disable"), QStringLiteral("--startup"), QStringLiteral("echo ready")});
+    if (!windowManager.isEmpty())
+        startWindowManager(windowManager);
 }
 
 XServer::~XServer()
@@ -44,6 +54,21 @@ XServer::~XServer()
     for (Child *process : {&m_windowManager, &m_server}) {
         process->terminate();
         process->waitForFinished();
+    }
+}
+
+void XServer::startWindowManager(const QString &program)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("HOME"), m_folder.path());
+    environment.remove(QStringLiteral("SESSION_MANAGER"));
+    m_windowManager.setProcessEnvironment(environment);
+    m_windowManager.setStandardOutputFile(QProcess::nullDevice());
+    m_windowManager.start(program, {});
+    const QDeadlineTimer deadline(limit);
+    while (!isWindowManagerReady()) {
+        if (deadline.hasExpired() || m_windowManager.waitForFinished(50))
+            qFatal("%s does not start: %s", qPrintable(program), m_windowManager.readAllStandardError().constData());
     }
 }
 
@@ -95,6 +120,13 @@ void Hand::doubleClick(const QPoint &place)
     perform(moveSteps(place)
             + QStringList({QStringLiteral("click"), QStringLiteral("--repeat"), QStringLiteral("2"),
                            QStringLiteral("--delay"), QStringLiteral("50"), QStringLiteral("1")}));
+}
+
+void Hand::drag(const QPoint &from, const QPoint &to)
+{
+    const QPoint onTheWay = (from + to) / 2;
+    perform(moveSteps(from) + QStringList({QStringLiteral("mousedown"), QStringLiteral("1")}) + moveSteps(onTheWay)
+            + moveSteps(to) + QStringList({QStringLiteral("mouseup"), QStringLiteral("1")}));
 }
 
 void Hand::moveToAndOn(const QPoint &place, int milliseconds, const QPoint &next)

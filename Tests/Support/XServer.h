@@ -17,10 +17,14 @@ public:
     enum WindowManager { WithWindowManager, WithoutWindowManager };
 
     explicit XServer(WindowManager windowManager = WithWindowManager);
+    /// @param windowManager a program that tells other programs how many desktops it has; may be empty
+    explicit XServer(const QString &windowManager);
     ~XServer();
 
 private:
     Q_DISABLE_COPY(XServer)
+
+    void startWindowManager(const QString &program);
 
     // Goes with this process even when that crashes.
     class Child : public QProcess
@@ -49,6 +53,8 @@ public:
     /// Once the widget's window is on the screen, wherever the window manager puts it.
     static void click(QWidget *widget, const QPoint &place);
     static void doubleClick(const QPoint &place);
+    /// With the button held down.
+    static void drag(const QPoint &from, const QPoint &to);
 
     /// From one place to another, after a while.
     static void moveToAndOn(const QPoint &place, int milliseconds, const QPoint &next);
