@@ -54,6 +54,7 @@ private Q_SLOTS:
     void highPictureHasAsMuchInView();
     void eachCameraKeepsItsView();
     void turntableTurnsByTime();
+    void turntableGoesOnFromWhereItRested();
     void everyMeshIsSound();
 };
 
@@ -306,17 +307,33 @@ void tst_Scene::eachCameraKeepsItsView()
 void tst_Scene::turntableTurnsByTime()
 {
     Scene scene;
-    scene.advance(2);
+    scene.advanceTo(10);
+    QCOMPARE(scene.turnAngle(), 0.0);
+    scene.advanceTo(12);
     const double angle = scene.turnAngle();
     QVERIFY(angle > 0);
-    scene.advance(1);
+    scene.advanceTo(12);
+    QCOMPARE(scene.turnAngle(), angle);
+    scene.advanceTo(13);
     QCOMPARE(scene.turnAngle(), 1.5 * angle);
-    scene.setTurning(false);
-    scene.advance(1);
-    QCOMPARE(scene.turnAngle(), 1.5 * angle);
-    scene.setTurning(true);
-    scene.advance(1000000);
+    scene.advanceTo(1000000);
     QVERIFY(scene.turnAngle() < 360);
+}
+
+void tst_Scene::turntableGoesOnFromWhereItRested()
+{
+    Scene scene;
+    scene.advanceTo(0);
+    scene.advanceTo(1);
+    const double angle = scene.turnAngle();
+    scene.setTurning(false);
+    scene.advanceTo(2);
+    QCOMPARE(scene.turnAngle(), angle);
+    scene.setTurning(true);
+    scene.advanceTo(100); // the first frame after the rest
+    QCOMPARE(scene.turnAngle(), angle);
+    scene.advanceTo(101);
+    QCOMPARE(scene.turnAngle(), 2 * angle);
 }
 
 void tst_Scene::everyMeshIsSound()

@@ -209,9 +209,7 @@ void RenderService::requestFrame()
 
 void RenderService::renderNextFrame()
 {
-    const qint64 now = m_clock.nsecsElapsed();
-    m_scene->advance(static_cast<double>(now - m_advanceTime) / 1e9);
-    m_advanceTime = now;
+    m_scene->advanceTo(static_cast<double>(m_clock.nsecsElapsed()) / 1e9);
     m_drawing = Renderer::Draft;
     shareFrame();
     if (m_scene->isTurning()) {

@@ -76,8 +76,7 @@ private:
     QTimer m_lastFrame;
     QElapsedTimer m_clock;
     Renderer::Quality m_drawing = Renderer::Draft;
-    qint64 m_dueTime = 0;     // of the next frame, in nanoseconds
-    qint64 m_advanceTime = 0; // until when the scene has moved
+    qint64 m_dueTime = 0; // of the next frame, in nanoseconds
     QPoint m_mousePosition;
     int m_quality = 80;
     int m_bitrate = 0;

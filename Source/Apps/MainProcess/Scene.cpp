@@ -196,10 +196,12 @@ void Scene::setTurning(bool on)
     Q_EMIT cameraChanged();
 }
 
-void Scene::advance(double seconds)
+void Scene::advanceTo(double seconds)
 {
-    if (m_isTurning)
-        m_turnAngle = std::fmod(m_turnAngle + degreesPerSecond * seconds, 360);
+    if (m_isTurning && m_wasTurning)
+        m_turnAngle = std::fmod(m_turnAngle + degreesPerSecond * (seconds - m_time), 360);
+    m_wasTurning = m_isTurning;
+    m_time = seconds;
 }
 
 Scene::Id Scene::addMaterial(Material material)

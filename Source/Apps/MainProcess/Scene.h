@@ -92,8 +92,9 @@ public:
     void setTurning(bool on);
     /// Where the turntable is, in degrees.
     double turnAngle() const { return m_turnAngle; }
-    /// Lets it turn on for that time, if it turns.
-    void advance(double seconds);
+    /// Lets it turn on until then, if it turns; from the first such time after a rest on.
+    /// @param seconds since any point in time, never less than before
+    void advanceTo(double seconds);
 
 Q_SIGNALS:
     void materialsChanged();
@@ -114,6 +115,8 @@ private:
     QVector<NamedCamera> m_cameras;
     int m_activeCamera = 0;
     bool m_isTurning = true;
+    bool m_wasTurning = false; // at the time that it has been advanced to
+    double m_time = 0;
     double m_turnAngle = 0;
     QUndoStack m_undoStack;
 };
