@@ -1,4 +1,5 @@
-// Loads the script plugins of the folder OX_PLUGINS_DIR, twice, shows the module "Hello" and runs Python code of its own.
+// Loads the script plugins of the folder OX_PLUGINS_DIR, twice, shows the module "Hello" and runs Python code of its
+// own.
 
 #include <PythonQt.h> // before any header of Qt, as Python's own headers ask for
 
