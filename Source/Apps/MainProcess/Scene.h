@@ -92,8 +92,8 @@ public:
     void setTurning(bool on);
     /// Where the turntable is, in degrees.
     double turnAngle() const { return m_turnAngle; }
-    /// Lets it turn on until then, if it turns; from the first such time after a rest on.
-    /// @param seconds since any point in time, never less than before
+    /// Turns it, if it is turning, for the time since the last call. The first call after a rest turns nothing.
+    /// @param seconds the time since any fixed moment; it never decreases
     void advanceTo(double seconds);
 
 Q_SIGNALS:
@@ -115,8 +115,8 @@ private:
     QVector<NamedCamera> m_cameras;
     int m_activeCamera = 0;
     bool m_isTurning = true;
-    bool m_wasTurning = false; // at the time that it has been advanced to
-    double m_time = 0;
+    bool m_wasTurning = false; // at m_time
+    double m_time = 0;         // of the last advanceTo()
     double m_turnAngle = 0;
     QUndoStack m_undoStack;
 };
