@@ -192,6 +192,8 @@ void tst_oxKernelInterfaceSecondInit::deletedServiceIsNullWhereverItWasFiled()
     delete deleted;
 
     QCOMPARE(services(), expected);
+    factory->forgetService(replacement);
+    delete replacement;
 }
 
 void tst_oxKernelInterfaceSecondInit::serviceThatAScriptDeletesIsPassedOver()
