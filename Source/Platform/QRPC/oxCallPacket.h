@@ -42,7 +42,7 @@ struct oxCallPacket
     {
         for (int i = 0; i < method.parameterCount(); ++i) {
             if (!oxStreamedTypes::isStreamable(method.parameterType(i)))
-                return method.parameterTypes().at(i);
+                return copyOf(method.parameterTypes().at(i));
         }
         return QByteArray();
     }
@@ -59,10 +59,13 @@ struct oxCallPacket
             packet.device()->seek(start);
             const oxCallPacket call(packet, type);
             if (call.isCallOf(method, true) && packet.status() == QDataStream::Ok && packet.atEnd())
-                return type;
+                return copyOf(type);
         }
         return QByteArray();
     }
+
+    /// A meta-object hands out its own strings without a copy, and that of a replica goes with the connection.
+    static QByteArray copyOf(const QByteArray &name) { return QByteArray(name.constData(), name.size()); }
 
     qint32 operation = 0;
     qint32 index = 0;
